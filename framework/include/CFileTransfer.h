@@ -1,0 +1,63 @@
+// CFileTransfer: the message transport to the local SOM service.
+//
+// One connection per exchange over a Unix-domain stream socket: SendMessage
+// connects and writes a whole request, RecvMessage reads the one reply and
+// closes the connection. The socket's path and the time-out come from a
+// configuration file of `key=value` lines, read again at every connect:
+//
+//     socket=/run/qel/som.sock   # required
+//     timeout=300                # seconds for the connect, the send and the
+//                                # whole receive; 0 waits without limit
+//
+// Blanks around keys and values are trimmed; lines starting with '#' and
+// empty lines are ignored. An absolute configuration path is resolved
+// through CFileUtility::SystemPath; the socket path inside it is used as
+// written. Nothing here raises SIGPIPE, writes outside the caller's buffer,
+// or waits past the time-out.
+//
+// An object serves one exchange at a time; separate objects are independent.
+#ifndef QEL_CFILETRANSFER_H
+#define QEL_CFILETRANSFER_H
+
+#include <string>
+
+#include "QelExport.h"
+
+class QEL_FRAMEWORK_API CFileTransfer {
+public:
+    static const int kDefaultTimeoutSeconds = 300;
+
+    CFileTransfer(std::string name, std::string configFile);
+    virtual ~CFileTransfer();
+    CFileTransfer(const CFileTransfer&) = delete;
+    CFileTransfer& operator=(const CFileTransfer&) = delete;
+
+    // Connects and writes the whole message. Returns the number of bytes
+    // sent (capped at INT_MAX), or -1 on any failure: no configuration, no
+    // `socket` line, nothing listening, refused, time-out, peer gone.
+    int SendMessage(std::string message);
+
+    // Reads the reply of the last SendMessage: `headerLength` header bytes,
+    // then as many body bytes as the header's last 8 characters say in
+    // decimal (when they are not 8 digits: until the service closes). Stores
+    // at most bufferSize - 1 bytes and a NUL, drains and drops the rest,
+    // closes the connection and returns the number of bytes stored. Returns
+    // -1 when the connection closes before a whole header came, on a
+    // time-out, on a socket error, or without a connection.
+    int RecvMessage(char* buffer, int bufferSize, int headerLength);
+
+private:
+    struct Config {
+        std::string socketPath;
+        int timeoutSeconds = kDefaultTimeoutSeconds;
+    };
+    bool ReadConfig(Config& config) const;
+    void CloseConnection();
+
+    std::string name_;
+    std::string configFile_;
+    int fd_ = -1;
+    int timeoutSeconds_ = kDefaultTimeoutSeconds;
+};
+
+#endif  // QEL_CFILETRANSFER_H

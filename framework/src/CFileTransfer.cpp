@@ -1,0 +1,255 @@
+#include "CFileTransfer.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+
+#include "CFileUtility.h"
+
+namespace {
+
+const std::size_t kLengthFieldWidth = 8;
+
+std::string Trim(const std::string& text) {
+    const char* blanks = " \t\r\n";
+    std::string::size_type first = text.find_first_not_of(blanks);
+    if (first == std::string::npos) return std::string();
+    std::string::size_type last = text.find_last_not_of(blanks);
+    return text.substr(first, last - first + 1);
+}
+
+long long NowMs() {
+    struct timespec ts;
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return static_cast<long long>(ts.tv_sec) * 1000 + ts.tv_nsec / 1000000;
+}
+
+// A point in time after which no more waiting is allowed; none for 0 seconds.
+class Deadline {
+public:
+    explicit Deadline(int seconds)
+        : unlimited_(seconds <= 0), end_(NowMs() + static_cast<long long>(seconds) * 1000) {}
+    // Milliseconds left for poll(): -1 waits forever, 0 means expired.
+    int RemainingMs() const {
+        if (unlimited_) return -1;
+        long long left = end_ - NowMs();
+        if (left <= 0) return 0;
+        return left > INT_MAX ? INT_MAX : static_cast<int>(left);
+    }
+    bool Expired() const { return !unlimited_ && end_ - NowMs() <= 0; }
+
+private:
+    bool unlimited_;
+    long long end_;
+};
+
+// Waits until `fd` is ready for `events`; false on time-out or error.
+bool WaitFor(int fd, short events, const Deadline& deadline) {
+    for (;;) {
+        if (deadline.Expired()) return false;
+        struct pollfd p = {fd, events, 0};
+        int n = poll(&p, 1, deadline.RemainingMs());
+        if (n > 0) return true;  // readiness, hang-up or error: the next call tells
+        if (n == 0) return false;
+        if (errno != EINTR) return false;
+    }
+}
+
+int Connect(const std::string& path, const Deadline& deadline) {
+    struct sockaddr_un addr;
+    std::memset(&addr, 0, sizeof addr);
+    addr.sun_family = AF_UNIX;
+    if (path.empty() || path.size() >= sizeof addr.sun_path) return -1;
+    std::memcpy(addr.sun_path, path.data(), path.size());
+
+    int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (fd < 0) return -1;
+    for (;;) {
+        if (connect(fd, reinterpret_cast<struct sockaddr*>(&addr), sizeof addr) == 0) return fd;
+        if (errno == EINTR) continue;
+        if (errno == EAGAIN) {
+            // The listener's backlog is full: try again until the deadline.
+            if (deadline.Expired()) break;
+            struct timespec pause = {0, 2 * 1000 * 1000};
+            nanosleep(&pause, nullptr);
+            continue;
+        }
+        if (errno == EINPROGRESS && WaitFor(fd, POLLOUT, deadline)) {
+            int error = 0;
+            socklen_t size = sizeof error;
+            if (getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0) return fd;
+        }
+        break;
+    }
+    close(fd);
+    return -1;
+}
+
+bool SendAll(int fd, const char* data, std::size_t size, const Deadline& deadline) {
+    while (size > 0) {
+        ssize_t n = send(fd, data, size, MSG_NOSIGNAL);
+        if (n > 0) {
+            data += n;
+            size -= static_cast<std::size_t>(n);
+            continue;
+        }
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK) && WaitFor(fd, POLLOUT, deadline)) {
+            continue;
+        }
+        return false;
+    }
+    return true;
+}
+
+// Reads up to `size` bytes; 0 at orderly close, -1 on error or time-out.
+ssize_t ReadSome(int fd, char* data, std::size_t size, const Deadline& deadline) {
+    for (;;) {
+        ssize_t n = recv(fd, data, size, 0);
+        if (n >= 0) return n;
+        if (errno == EINTR) continue;
+        if ((errno == EAGAIN || errno == EWOULDBLOCK) && WaitFor(fd, POLLIN, deadline)) continue;
+        return -1;
+    }
+}
+
+// Copies what fits into the caller's buffer and counts what was dropped.
+class ReplySink {
+public:
+    ReplySink(char* buffer, int bufferSize)
+        : buffer_(buffer), capacity_(static_cast<std::size_t>(bufferSize - 1)) {}
+    void Append(const char* data, std::size_t size) {
+        std::size_t room = capacity_ - stored_;
+        std::size_t take = size < room ? size : room;
+        std::memcpy(buffer_ + stored_, data, take);
+        stored_ += take;
+    }
+    int Finish() {
+        buffer_[stored_] = '\0';
+        return static_cast<int>(stored_);
+    }
+
+private:
+    char* buffer_;
+    std::size_t capacity_;
+    std::size_t stored_ = 0;
+};
+
+}  // namespace
+
+CFileTransfer::CFileTransfer(std::string name, std::string configFile)
+    : name_(std::move(name)), configFile_(std::move(configFile)) {}
+
+CFileTransfer::~CFileTransfer() { CloseConnection(); }
+
+void CFileTransfer::CloseConnection() {
+    if (fd_ >= 0) close(fd_);
+    fd_ = -1;
+}
+
+bool CFileTransfer::ReadConfig(Config& config) const {
+    std::string path = configFile_;
+    if (!path.empty() && path[0] == '/') path = CFileUtility::SystemPath(path);
+    std::ifstream in(path);
+    if (!in) return false;
+    std::string line;
+    while (std::getline(in, line)) {
+        std::string trimmed = Trim(line);
+        if (trimmed.empty() || trimmed[0] == '#') continue;
+        std::string::size_type eq = trimmed.find('=');
+        if (eq == std::string::npos) continue;
+        std::string key = Trim(trimmed.substr(0, eq));
+        std::string value = Trim(trimmed.substr(eq + 1));
+        if (key == "socket") {
+            config.socketPath = value;
+        } else if (key == "timeout") {
+            char* end = nullptr;
+            long seconds = std::strtol(value.c_str(), &end, 10);
+            if (end != value.c_str() && *end == '\0' && seconds >= 0 && seconds <= INT_MAX / 1000) {
+                config.timeoutSeconds = static_cast<int>(seconds);
+            }
+        }
+    }
+    return !config.socketPath.empty();
+}
+
+int CFileTransfer::SendMessage(std::string message) {
+    CloseConnection();
+    Config config;
+    if (!ReadConfig(config)) return -1;
+    timeoutSeconds_ = config.timeoutSeconds;
+    fd_ = Connect(config.socketPath, Deadline(timeoutSeconds_));
+    if (fd_ < 0) return -1;
+    if (!SendAll(fd_, message.data(), message.size(), Deadline(timeoutSeconds_))) {
+        CloseConnection();
+        return -1;
+    }
+    return message.size() > static_cast<std::size_t>(INT_MAX) ? INT_MAX
+                                                              : static_cast<int>(message.size());
+}
+
+int CFileTransfer::RecvMessage(char* buffer, int bufferSize, int headerLength) {
+    if (fd_ < 0 || buffer == nullptr || bufferSize <= 0) {
+        CloseConnection();
+        return -1;
+    }
+    const Deadline deadline(timeoutSeconds_);
+    ReplySink sink(buffer, bufferSize);
+    char chunk[64 * 1024];
+
+    // The header, keeping its last 8 characters: the body-length field.
+    const std::size_t header = headerLength > 0 ? static_cast<std::size_t>(headerLength) : 0;
+    char lengthField[kLengthFieldWidth];
+    std::size_t lengthFieldFill = 0;
+    std::size_t got = 0;
+    while (got < header) {
+        std::size_t want = header - got < sizeof chunk ? header - got : sizeof chunk;
+        ssize_t n = ReadSome(fd_, chunk, want, deadline);
+        if (n <= 0) {
+            CloseConnection();
+            buffer[0] = '\0';
+            return -1;
+        }
+        sink.Append(chunk, static_cast<std::size_t>(n));
+        for (ssize_t i = 0; i < n; ++i) {
+            std::size_t at = got + static_cast<std::size_t>(i);
+            if (header >= kLengthFieldWidth && at >= header - kLengthFieldWidth) {
+                lengthField[lengthFieldFill++] = chunk[i];
+            }
+        }
+        got += static_cast<std::size_t>(n);
+    }
+
+    // The body: a known length, or everything until the service closes.
+    bool knownLength = lengthFieldFill == kLengthFieldWidth;
+    unsigned long long remaining = 0;
+    for (std::size_t i = 0; knownLength && i < kLengthFieldWidth; ++i) {
+        if (lengthField[i] < '0' || lengthField[i] > '9') knownLength = false;
+        remaining = remaining * 10 + static_cast<unsigned>(lengthField[i] - '0');
+    }
+    bool failed = false;
+    while (!knownLength || remaining > 0) {
+        std::size_t want = sizeof chunk;
+        if (knownLength && remaining < want) want = static_cast<std::size_t>(remaining);
+        ssize_t n = ReadSome(fd_, chunk, want, deadline);
+        if (n == 0) break;  // the service closed: keep what came
+        if (n < 0) {
+            failed = true;
+            break;
+        }
+        sink.Append(chunk, static_cast<std::size_t>(n));
+        if (knownLength) remaining -= static_cast<unsigned long long>(n);
+    }
+    CloseConnection();
+    int stored = sink.Finish();
+    return failed ? -1 : stored;
+}
