@@ -16,8 +16,17 @@ struct IniParseContext {
         if (seen.insert(name).second) reader->sectionOrder_.push_back(name);
     }
     void AddValue(const char* section, const char* name, const char* value) {
-        AddSection(section);
-        reader->values_[section].emplace(name, value != nullptr ? value : "");
+        const std::string trimmed = Trim(section);
+        AddSection(trimmed);
+        reader->values_[trimmed].emplace(name, value != nullptr ? value : "");
+    }
+
+    static std::string Trim(const char* text) {
+        const char* begin = text;
+        const char* end = text + std::strlen(text);
+        while (begin < end && (*begin == ' ' || *begin == '\t')) ++begin;
+        while (end > begin && (end[-1] == ' ' || end[-1] == '\t')) --end;
+        return std::string(begin, end);
     }
 };
 
@@ -32,11 +41,7 @@ void NoteSectionHeader(IniParseContext& ctx, const char* line) {
     if (*line != '[') return;
     const char* close = std::strchr(line + 1, ']');
     if (close == nullptr) return;
-    const char* begin = line + 1;
-    const char* end = close;
-    while (begin < end && (*begin == ' ' || *begin == '\t')) ++begin;
-    while (end > begin && (end[-1] == ' ' || end[-1] == '\t')) --end;
-    ctx.AddSection(std::string(begin, end));
+    ctx.AddSection(IniParseContext::Trim(std::string(line + 1, close).c_str()));
 }
 
 char* ReadLine(char* str, int num, void* stream) {

@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Installs what a fresh Debian 12 machine lacks to build, test and demo the
+# library. Packages already present are not fetched again.
+set -euo pipefail
+packages=(
+  cmake ninja-build g++ pkg-config binutils
+  libboost-dev libinih-dev
+  libgtest-dev googletest libbenchmark-dev
+  hwdata pci.ids
+)
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if ((${#missing[@]})); then
+  echo "installing: ${missing[*]}"
+  export DEBIAN_FRONTEND=noninteractive
+  apt-get update -qq
+  apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+fi

@@ -1,0 +1,230 @@
+// CSomIf's header, exchange and result reading, through a real socket.
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "CSomIf.h"
+#include "support/fake_som_service.h"
+#include "support/trace_recorder.h"
+
+namespace {
+
+using qel_test::Action;
+using qel_test::FakeSomService;
+using qel_test::TempSysroot;
+using qel_test::TraceRecorder;
+
+TEST(MessageHeaderTest, HeadersAreByteExact) {
+    CSomIf som("hdr");
+    EXPECT_EQ(som.getMsgHead("VELMORA_UpdateManager", "ExecuteReboot", 0),
+              "00000067cafefeedVELMORA_UpdateManager/ExecuteReboot0000000000000000");
+    EXPECT_EQ(som.getMsgHead("VELMORA_ToolServiceWD", "AliveMonitorGetParameter", 37),
+              "00000078cafefeedVELMORA_ToolServiceWD/AliveMonitorGetParameter0000000000000037");
+    EXPECT_EQ(som.getMsgHead("C", "HRESULT CSomIf::ExecuteReboot()", 99999999),
+              "00000047cafefeedC/ExecuteReboot0000000099999999");
+    CMofContents mof;
+    mof.ClassName = "VELMORA_NicProvider";
+    EXPECT_EQ(som.getMsgHead(mof, "GetProviderManageInfo", 0),
+              som.getMsgHead("VELMORA_NicProvider", "GetProviderManageInfo", 0));
+    // Class and method beyond the 1024-byte header buffer are cut, not overrun.
+    EXPECT_EQ(som.getMsgHead(std::string(2000, 'c'), "M", 0).size(), 1023u);
+}
+
+TEST(MessageHeaderTest, ShortFunctionNames) {
+    CSomIf som("hdr");
+    const std::pair<const char*, const char*> cases[] = {
+        {"ExecuteUpdate", "ExecuteUpdate"},
+        {"HRESULT CSomIf::ExecuteReboot()", "ExecuteReboot"},
+        {"HRESULT CSomIf::AliveMonitorSetParameter(std::string, std::string)",
+         "AliveMonitorSetParameter"},
+        {"", ""},
+        {"Plain(", "Plain"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(som.getShortFuncName(c.first), c.second) << c.first;
+}
+
+TEST(MessageHeaderTest, HandBuiltItems) {
+    CSomIf som("hdr");
+    EXPECT_EQ(som.getBoolParam("Rollback", true), "bool;Rollback;1;");
+    EXPECT_EQ(som.getBoolParam("Rollback", false), "bool;Rollback;0;");
+    EXPECT_EQ(som.getStrParam("key-1"), "string;AppKey;key-1;");
+}
+
+TEST(MessageHeaderTest, ConstructionAndHeaderTraces) {
+    TraceRecorder traces;
+    {
+        CSomIf som("front");
+        som.getMsgHead("C", "M", 0);
+    }
+    const std::vector<std::string> expected = {
+        "[ENTER] CSomIf::CSomIf(std::string)",
+        "[LEAVE] CSomIf::CSomIf(std::string)",
+        "[ENTER] std::string CSomIf::getMsgHead(std::string, const char*, uint32_t)",
+        "[LEAVE] std::string CSomIf::getMsgHead(std::string, const char*, uint32_t)",
+        "[ENTER] virtual CSomIf::~CSomIf()",
+        "[LEAVE] virtual CSomIf::~CSomIf()",
+    };
+    EXPECT_EQ(traces.Texts(), expected);
+    for (const auto& line : traces.Lines()) {
+        EXPECT_EQ(line.source, "front");
+        EXPECT_EQ(line.level, 4);
+    }
+}
+
+// A reply to class "C", method "M": header length 35.
+std::string Reply(const std::string& field, const std::string& body) {
+    return FakeSomService::ReplyText("C", "M", field, body);
+}
+
+TEST(ResultTest, ResultFieldThenReturnValue) {
+    struct Case {
+        std::string reply;
+        int headerLength;
+        HRESULT expected;
+    };
+    const Case cases[] = {
+        {Reply("80081001", "long;ReturnValue;5;"), 35, 0x80081001L},
+        {Reply("00000000", "long;ReturnValue;5;"), 35, 5},
+        {Reply("00000000", "string;A;x;long;ReturnValue;-2;"), 35, -2},
+        {Reply("00000000", "string;A;x;"), 35, 0},
+        {Reply("zzzzzzzz", "long;ReturnValue;7;"), 35, 7},
+        {Reply("0000001g", ""), 35, 1},
+        {Reply("00000000", "long;ReturnValue; +12ab;"), 35, 12},
+        {Reply("00000000", "long;ReturnValue;9"), 35, 9},       // no closing ";"
+        {Reply("00000000", "int;ReturnValue;9;"), 35, 0},       // not a long item
+        {"", 35, 0},                                             // shorter than a header
+        {"00000035cafefeedC/M00", 35, 0},                        // cut in the result field
+        {Reply("00000000", "long;ReturnValue;3;"), 2, 3},        // nonsense header length
+    };
+    CSomIf som("res");
+    for (const Case& c : cases) {
+        EXPECT_EQ(som.getResult(c.headerLength, c.reply.c_str()), c.expected) << c.reply;
+    }
+    EXPECT_EQ(som.getResult(35, nullptr), 0);
+}
+
+TEST(ResultTest, GetReturnValueLooksOnlyInTheBody) {
+    CSomIf som("res");
+    // The item text inside the header's class name is not the body.
+    const std::string reply = FakeSomService::ReplyText("long;ReturnValue;4;", "M", "00000000", "");
+    EXPECT_EQ(som.GetReturnValue(reply), 0);
+    EXPECT_EQ(som.GetReturnValue("00000099short"), 0);
+    EXPECT_EQ(som.GetReturnValue(""), 0);
+    EXPECT_EQ(som.GetReturnValue("xxxxxxxxlong;ReturnValue;6;"), 6);  // no digits: offset 0
+}
+
+TEST(ResultTest, TracesPrintBothResultForms) {
+    TraceRecorder traces;
+    CSomIf som("res");
+    som.getResult(35, Reply("00000000", "long;ReturnValue;-2146955263;").c_str());
+    EXPECT_TRUE(traces.Contains("[ENTER] HRESULT CSomIf::getResult(int, const char*)"));
+    EXPECT_TRUE(
+        traces.Contains("[LEAVE] HRESULT CSomIf::GetReturnValue(std::string), rc=-2146955263"));
+    EXPECT_TRUE(
+        traces.Contains("[LEAVE] HRESULT CSomIf::getResult(int, const char*), rc=-2146955263"));
+    traces.Clear();
+    som.getResult(35, Reply("80081101", "").c_str());
+    EXPECT_TRUE(
+        traces.Contains("[LEAVE] HRESULT CSomIf::getResult(int, const char*), rc=-2146955007"));
+}
+
+TEST(ResultTest, BodyPosition) {
+    CSomIf som("pos");
+    const std::string reply = Reply("00000000", "string;A;x;");
+    EXPECT_EQ(som.getSpecificPos(reply), 35u);
+    EXPECT_EQ(som.getSpecificPos("no slash here"), 0u);
+    EXPECT_EQ(som.getSpecificPos("abc/def"), 7u);       // no digit: empty body
+    EXPECT_EQ(som.getSpecificPos("abc/x1yz"), 8u);      // clamped to the end
+    EXPECT_EQ(som.getSpecificPos(""), 0u);
+}
+
+TEST(ResultTest, RebootKind) {
+    CSomIf som("rb");
+    const std::pair<const char*, long> cases[] = {
+        {"xlong;Reboot;2;", 2},         {"long;Reboot;2;", 0},
+        {"string;A;b;long;Reboot;1;", 1}, {"xlong;Reboot;;", 0},
+        {"xlong;Reboot;7", 7},          {"xlong;Rebooted;3;", 0},
+        {"", 0},                        {"x", 0},
+    };
+    for (const auto& c : cases) EXPECT_EQ(som.getRebootKind(c.first), c.second) << c.first;
+    EXPECT_EQ(som.getRebootKind(nullptr), 0);
+}
+
+class ExchangeTest : public ::testing::Test {
+protected:
+    TempSysroot root;
+};
+
+TEST_F(ExchangeTest, RequestBytesAndReplyText) {
+    FakeSomService service(root);
+    service.Push(Action::Answer("long;ReturnValue;3;"));
+    CSomIf som("ex");
+    std::string body = "string;Name;abc;";
+    EXPECT_EQ(som.TransMessage("Method", "VELMORA_Class", body), 3);
+    EXPECT_EQ(service.LastRequest().bytes,
+              "00000052cafefeedVELMORA_Class/Method0000000000000016string;Name;abc;");
+    EXPECT_EQ(body, FakeSomService::ReplyText("VELMORA_Class", "Method", "00000000",
+                                              "long;ReturnValue;3;"));
+}
+
+TEST_F(ExchangeTest, EmptyBodyFormSendsOnlyTheHeader) {
+    FakeSomService service(root);
+    service.Push(Action::Answer("", 0x80080001u));
+    CSomIf som("ex");
+    EXPECT_EQ(som.TransMessage("ExecuteReboot", "VELMORA_UpdateManager", nullptr),
+              static_cast<int>(0x80080001u));
+    EXPECT_EQ(service.LastRequest().bytes,
+              "00000067cafefeedVELMORA_UpdateManager/ExecuteReboot0000000000000000");
+}
+
+TEST_F(ExchangeTest, CallerBufferFormKeepsTheReplyInTheBuffer) {
+    FakeSomService service(root);
+    service.Push(Action::Answer(std::string(100, 'x')));
+    CSomIf som("ex");
+    std::string body;
+    std::vector<char> buffer(64, 'Z');
+    EXPECT_EQ(som.TransMessage("M", "C", body, buffer.data(), 64), 0);
+    EXPECT_EQ(std::string(buffer.data()).size(), 63u);
+    EXPECT_EQ(body, "");
+}
+
+TEST_F(ExchangeTest, FailedExchangesGiveTheirCodesAndAnEmptyText) {
+    struct Case {
+        const char* what;
+        Action action;
+        int expected;
+    };
+    const Case cases[] = {
+        {"closes without answering", Action::Fault(Action::kCloseWithoutAnswer),
+         static_cast<int>(0x80081101u)},
+        {"half a header", Action::Fault(Action::kCloseAfterHalfHeader),
+         static_cast<int>(0x80081101u)},
+        {"never answers", Action::Fault(Action::kNeverAnswer), static_cast<int>(0x80081101u)},
+        {"closes before the request", Action::Fault(Action::kCloseBeforeRequest),
+         static_cast<int>(0x80081101u)},
+    };
+    FakeSomService service(root, /*timeoutSeconds=*/1);
+    const int descriptors = qel_test::OpenDescriptorCount();
+    CSomIf som("ex");
+    for (const Case& c : cases) {
+        service.Push(c.action);
+        std::string body = "stale text";
+        auto start = std::chrono::steady_clock::now();
+        int rc = som.TransMessage("M", "C", body);
+        auto seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start);
+        // A service that closes before reading may also fail the send.
+        if (c.action.kind == Action::kCloseBeforeRequest && rc == static_cast<int>(0x80081001u)) {
+            rc = c.expected;
+        }
+        EXPECT_EQ(rc, c.expected) << c.what;
+        EXPECT_EQ(body, "") << c.what;
+        EXPECT_LT(seconds.count(), 2.5) << c.what;
+    }
+    service.Stop();
+    std::string body = "stale";
+    EXPECT_EQ(som.TransMessage("M", "C", body), static_cast<int>(0x80081001u));
+    EXPECT_EQ(body, "");
+    EXPECT_LE(qel_test::OpenDescriptorCount(), descriptors);  // the listener is gone too
+}
+
+}  // namespace

@@ -1,0 +1,66 @@
+// Records every trace line while it lives (through CTraceUtility's sink).
+#ifndef QEL_TESTS_SUPPORT_TRACE_RECORDER_H
+#define QEL_TESTS_SUPPORT_TRACE_RECORDER_H
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "CTraceUtility.h"
+
+namespace qel_test {
+
+struct TraceLine {
+    std::string source;
+    int level;
+    std::string text;
+};
+
+class TraceRecorder {
+public:
+    TraceRecorder() {
+        CTraceUtility::SetSink([this](const std::string& source, int level, const std::string& text) {
+            std::lock_guard<std::mutex> lock(mutex_);
+            lines_.push_back(TraceLine{source, level, text});
+        });
+    }
+    ~TraceRecorder() { CTraceUtility::SetSink(nullptr); }
+
+    std::vector<TraceLine> Lines() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return lines_;
+    }
+    std::vector<std::string> Texts() const {
+        std::vector<std::string> texts;
+        for (const TraceLine& line : Lines()) texts.push_back(line.text);
+        return texts;
+    }
+    bool Contains(const std::string& text) const {
+        for (const TraceLine& line : Lines()) {
+            if (line.text == text) return true;
+        }
+        return false;
+    }
+    // The first line with exactly this text, or null.
+    bool Find(const std::string& text, TraceLine* found) const {
+        for (const TraceLine& line : Lines()) {
+            if (line.text == text) {
+                *found = line;
+                return true;
+            }
+        }
+        return false;
+    }
+    void Clear() {
+        std::lock_guard<std::mutex> lock(mutex_);
+        lines_.clear();
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::vector<TraceLine> lines_;
+};
+
+}  // namespace qel_test
+
+#endif  // QEL_TESTS_SUPPORT_TRACE_RECORDER_H
