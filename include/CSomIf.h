@@ -19,6 +19,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "CFileTransfer.h"
 #include "CMofReader.h"
@@ -80,6 +81,92 @@ public:
     std::string getBoolParam(const char* name, bool value);
     // "string;AppKey;" value ";".
     std::string getStrParam(std::string value);
+
+    // --- WBEM method relay -----------------------------------------------------
+    // Output parameters: when *outParams is null a new object is created and
+    // belongs to the caller. A code of the transport family
+    // ((code & 0x80080000) == 0x80080000) is the call's result; any other
+    // code is the method's own and lands in the output's "ReturnValue".
+
+    // Relays any method: inParams (may be null) as the request body, the
+    // reply's body decoded into *outParams on top of ReturnValue. Returns 0,
+    // a transport-family code, or -1 for a null class or method name.
+    // flags, context and callResult are not used.
+    HRESULT ExecMethod(OLECHAR* className, OLECHAR* methodName, long flags, IWbemContext* context,
+                       IWbemClassObject* inParams, IWbemClassObject** outParams,
+                       IWbemCallResult** callResult);
+    // Relays a method and stores only its ReturnValue; returns the code too.
+    int TransUmMessage(std::string className, std::string methodName, IWbemClassObject* inParams,
+                       IWbemClassObject** outParams);
+
+    // Update-management methods relayed to `className`.
+    HRESULT Reboot(std::string className, IWbemClassObject* inParams,
+                   IWbemClassObject** outParams);
+    HRESULT ExecuteUpdateApplyCheck(std::string className, IWbemClassObject* inParams,
+                                    IWbemClassObject** outParams);
+    HRESULT RegisterUpdateModule(std::string className, IWbemClassObject* inParams,
+                                 IWbemClassObject** outParams);
+    HRESULT SetDependencyInfo(std::string className, IWbemClassObject* inParams,
+                              IWbemClassObject** outParams);
+    HRESULT ReleaseOperatingAuthority(std::string className, IWbemClassObject* inParams,
+                                      IWbemClassObject** outParams);
+    // Sends the wire method "GetOperatingAuthority".
+    HRESULT GetOperationAuthority(std::string className, IWbemClassObject* inParams,
+                                  IWbemClassObject** outParams);
+    HRESULT ExecuteUpdateRestore(std::string className, IWbemClassObject* inParams,
+                                 IWbemClassObject** outParams);
+    HRESULT ExecutePreUpdate(std::string className, IWbemClassObject* inParams,
+                             IWbemClassObject** outParams);
+    HRESULT ExecuteUpdateBackup(std::string className, IWbemClassObject* inParams,
+                                IWbemClassObject** outParams);
+    HRESULT ExecuteUpdate(std::string className, IWbemClassObject* inParams,
+                          IWbemClassObject** outParams);
+
+    // --- Update manager --------------------------------------------------------
+    // Readers fill their outputs only when the result, as a signed 32-bit
+    // number, is not negative (GetAutoUpdateSetting always decodes).
+
+    HRESULT SetUpdatePriority(std::string className, const CVelmora_PriorityUpdateParam& param);
+    HRESULT SetAutoDownloadSetting(const CVELMORA_DownloadSetting& setting,
+                                   const CVELMORA_DownloadSchedule& schedule);
+    HRESULT SetAutoUpdateSetting(const CVELMORA_UpdateSchedule& schedule);
+    HRESULT GetAutoDownloadSetting(CVELMORA_DownloadSetting& setting,
+                                   CVELMORA_DownloadSchedule& schedule);
+    HRESULT GetAutoUpdateSetting(CVELMORA_UpdateSchedule& schedule);
+    // Replies of plans are limited to 8191 characters.
+    HRESULT GetUpdatePlans(std::string className, std::vector<CVELMORA_UpdatePlans>& plans);
+    HRESULT GetUpdatePlans(std::string className, bool rollback,
+                           std::vector<CVELMORA_UpdatePlans>& plans);
+    HRESULT ReleaseOperatingAuthority(std::string className, std::string appKey);
+    HRESULT GetOperatingAuthority(std::string className, std::string appKey);
+    HRESULT ExecuteReboot();
+    // rebootKind: the reply's "Reboot" item (0 without one).
+    HRESULT RollbackAll(LONG& rebootKind);
+    HRESULT UpdateAll(LONG& rebootKind);
+    HRESULT DownloadAll(const CVELMORA_DownloadSetting& setting);
+
+    // --- Status, versions and logs ---------------------------------------------
+
+    // Replies of versions are limited to 8191 characters.
+    HRESULT CollectQelVersion(std::vector<CVELMORA_QelVersionInfo>& versions);
+    HRESULT CollectVersionUpLog(std::vector<CVELMORA_VersionUpdateLog>& logs);
+    // Log lines of the log manager; a failed send gives 0xFFFFFFFF.
+    HRESULT CollectDownloadLog(std::string appKey, std::vector<std::string>& lines);
+    HRESULT CollectResultLog(std::string appKey, std::vector<std::string>& lines);
+    // The exchange of the log operations with "VELMORA_LogManager": lines are
+    // filled only for a zero result; a failed send gives -1.
+    HRESULT getManagerLog(const char* method, const char* body, std::vector<std::string>& lines);
+    // The update process's activity from ProcessStatus.ini: 0 idle, 0x8001
+    // update, 0x8002 rollback, 0x8003 download. Always returns 0.
+    HRESULT GetQELStatus(LONG& status);
+
+    // --- Alive monitor -----------------------------------------------------------
+
+    HRESULT AliveMonitorUpdateParameters();
+    HRESULT AliveMonitorClearParameters();
+    HRESULT AliveMonitorSetParameter(std::string name, std::string value);
+    // Reads the reply's "Value" and "Type" items (untouched on a negative result).
+    HRESULT AliveMonitorGetParameter(std::string name, std::string& value, unsigned int& type);
 
 private:
     std::string m_traceName;

@@ -25,6 +25,29 @@ public:
     explicit CUpDownSchedule(std::string traceName);
     virtual ~CUpDownSchedule();
 
+    // --- Settings sections: writers append to `out` ---------------------------
+
+    // The "Velmora_PriorityUpdateParam" section.
+    void toString(const CVelmora_PriorityUpdateParam& param, std::string& out);
+    // The "UpdateSchedule" section.
+    void toString(const CVELMORA_UpdateSchedule& schedule, std::string& out);
+    // The "DownloadSetting" section.
+    void toString(const CVELMORA_DownloadSetting& setting, std::string& out);
+    // The "DownloadSchedule" section, then the "DownloadSetting" section.
+    void toString(const CVELMORA_DownloadSetting& setting, const CVELMORA_DownloadSchedule& schedule,
+                  std::string& out);
+
+    // --- Settings sections: readers fill the records in place ---------------
+    // One item per field, in order; a missing item leaves a string field as
+    // it was, sets a number to 0 (while items remain) and a flag to false.
+
+    // The five priority fields, starting at the "AppKey" item itself.
+    void toObject(char* pos, CVelmora_PriorityUpdateParam& param);
+    // An "UpdateSchedule" section.
+    void toObject(char* pos, CVELMORA_UpdateSchedule& schedule);
+    // A "DownloadSchedule" section followed by a "DownloadSetting" section.
+    void toObject(char* pos, CVELMORA_DownloadSchedule& schedule, CVELMORA_DownloadSetting& setting);
+
 private:
     IWbemClassObject m_writeTarget;  // receiver of the item writers; never filled
     std::string m_traceName;

@@ -21,6 +21,12 @@ public:
     explicit CVersionUpLog(std::string traceName);
     virtual ~CVersionUpLog();
 
+    // Each reader appends the records of a list body ("QelVersionInfoList",
+    // "UpdatePlansList" or "VersionUpdateLogList" header, optional) to `list`.
+    void toObject(char* body, std::vector<CVELMORA_QelVersionInfo>& list);
+    void toObject(char* body, std::vector<CVELMORA_UpdatePlans>& list);
+    void toObject(char* body, std::vector<CVELMORA_VersionUpdateLog>& list);
+
 private:
     std::string m_traceName;
 };

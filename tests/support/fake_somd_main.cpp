@@ -1,20 +1,24 @@
-// A tiny stand-alone fake SOM service for the package consumer test: it
-// serves inside the QEL_SYSROOT given as its argument, answers every request
-// with result 0 and "long;ReturnValue;7;", and exits after one request or
-// ten seconds.
+// A small stand-alone fake SOM service: it serves inside a fresh temporary
+// QEL_SYSROOT, prints that directory on its first output line, answers every
+// request with result 0 and "long;ReturnValue;7;", and exits after the
+// number of requests given as its argument (default 1) or ten seconds.
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "support/fake_som_service.h"
 
-int main() {
-    qel_test::TempSysroot root;  // also exports QEL_SYSROOT for the printout
+int main(int argc, char** argv) {
+    const std::size_t expected = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 1;
+    qel_test::TempSysroot root;
     qel_test::FakeSomService service(root);
-    service.Push(qel_test::Action::Answer("long;ReturnValue;7;"));
+    for (std::size_t i = 0; i < expected; ++i) {
+        service.Push(qel_test::Action::Answer("long;ReturnValue;7;"));
+    }
     std::printf("%s\n", root.root().c_str());
     std::fflush(stdout);
-    for (int i = 0; i < 100 && service.RequestCount() == 0; ++i) usleep(100000);
-    usleep(200000);  // let the reply drain
-    return service.RequestCount() == 1 ? 0 : 1;
+    for (int i = 0; i < 100 && service.RequestCount() < expected; ++i) usleep(100000);
+    service.WaitForIdle();
+    return service.RequestCount() == expected ? 0 : 1;
 }

@@ -1,0 +1,55 @@
+// Visitors that write and read the typed records of record_fields.h.
+#ifndef QEL_SRC_COMMON_RECORD_CODEC_H
+#define QEL_SRC_COMMON_RECORD_CODEC_H
+
+#include <string>
+
+#include "CSerializedMsg.h"
+#include "IWbemClassObject.h"
+#include "record_fields.h"
+
+namespace qel {
+
+// Appends one item per field through the item writers of `target`.
+class ItemWriter {
+public:
+    ItemWriter(IWbemClassObject& target, std::string& out) : target_(target), out_(out) {}
+    void String(const char* name, const std::string& value) { target_.SetString(out_, name, value); }
+    void Int(const char* name, int value) { target_.SetInt(out_, name, value); }
+    void UInt(const char* name, unsigned int value) { target_.SetUInt(out_, name, value); }
+    void Bool(const char* name, bool value) { target_.SetBool(out_, name, value); }
+
+private:
+    IWbemClassObject& target_;
+    std::string& out_;
+};
+
+// Reads one item per field, each at the position the previous read returned
+// (compareItem: a missing item is skipped without moving on).
+class ChainReader {
+public:
+    ChainReader(CSerializedMsg& codec, char* pos) : codec_(codec), pos_(pos) {}
+    void String(const char* name, std::string& value) { pos_ = codec_.compareItem(pos_, name, value); }
+    void Int(const char* name, int& value) { pos_ = codec_.compareItem(pos_, name, value); }
+    // The number is stored into the unsigned field as its 32-bit pattern.
+    void UInt(const char* name, unsigned int& value) {
+        int number = static_cast<int>(value);
+        pos_ = codec_.compareItem(pos_, name, number);
+        value = static_cast<unsigned int>(number);
+    }
+    void Bool(const char* name, bool& value) { pos_ = codec_.compareItem(pos_, name, value); }
+    // Reads an item whose value is not kept (a section's "class" item).
+    void Skip(const char* name) {
+        std::string scratch;
+        pos_ = codec_.compareItem(pos_, name, scratch);
+    }
+    char* pos() const { return pos_; }
+
+private:
+    CSerializedMsg& codec_;
+    char* pos_;
+};
+
+}  // namespace qel
+
+#endif  // QEL_SRC_COMMON_RECORD_CODEC_H

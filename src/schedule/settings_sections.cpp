@@ -1,0 +1,72 @@
+// CUpDownSchedule: the sections of the settings records.
+#include "CUpDownSchedule.h"
+#include "common/record_codec.h"
+#include "common/trace.h"
+#include "schedule_signatures.h"
+
+namespace {
+
+// A section: its "class" item, then one item per field.
+template <class Record>
+void WriteSection(IWbemClassObject& target, const Record& record, std::string& out) {
+    target.SetClass(out, qel::SectionName(record), target);
+    qel::ItemWriter writer(target, out);
+    qel::VisitFields(record, writer);
+}
+
+template <class Record>
+void ReadSection(qel::ChainReader& reader, Record& record) {
+    reader.Skip(qel::SectionName(record));
+    qel::VisitFields(record, reader);
+}
+
+}  // namespace
+
+void CUpDownSchedule::toString(const CVelmora_PriorityUpdateParam& param, std::string& out) {
+    qel::TraceEnter(m_traceName, qel::sig::kPriorityWriter);
+    WriteSection(m_writeTarget, param, out);
+    qel::TraceLeave(m_traceName, qel::sig::kPriorityWriter);
+}
+
+void CUpDownSchedule::toString(const CVELMORA_UpdateSchedule& schedule, std::string& out) {
+    qel::TraceEnter(m_traceName, qel::sig::kUpdateScheduleWriter);
+    WriteSection(m_writeTarget, schedule, out);
+    qel::TraceLeave(m_traceName, qel::sig::kUpdateScheduleWriter);
+}
+
+void CUpDownSchedule::toString(const CVELMORA_DownloadSetting& setting, std::string& out) {
+    qel::TraceEnter(m_traceName, qel::sig::kDownloadSettingWriter);
+    WriteSection(m_writeTarget, setting, out);
+    qel::TraceLeave(m_traceName, qel::sig::kDownloadSettingWriter);
+}
+
+void CUpDownSchedule::toString(const CVELMORA_DownloadSetting& setting,
+                               const CVELMORA_DownloadSchedule& schedule, std::string& out) {
+    qel::TraceEnter(m_traceName, qel::sig::kCombinedDownloadWriter);
+    WriteSection(m_writeTarget, schedule, out);
+    WriteSection(m_writeTarget, setting, out);
+    qel::TraceLeave(m_traceName, qel::sig::kCombinedDownloadWriter);
+}
+
+void CUpDownSchedule::toObject(char* pos, CVelmora_PriorityUpdateParam& param) {
+    qel::TraceEnter(m_traceName, qel::sig::kPriorityReader);
+    qel::ChainReader reader(*this, pos);
+    qel::VisitFields(param, reader);  // no "class" item: the chain starts at "AppKey"
+    qel::TraceLeave(m_traceName, qel::sig::kPriorityReader);
+}
+
+void CUpDownSchedule::toObject(char* pos, CVELMORA_UpdateSchedule& schedule) {
+    qel::TraceEnter(m_traceName, qel::sig::kUpdateScheduleReader);
+    qel::ChainReader reader(*this, pos);
+    ReadSection(reader, schedule);
+    qel::TraceLeave(m_traceName, qel::sig::kUpdateScheduleReader);
+}
+
+void CUpDownSchedule::toObject(char* pos, CVELMORA_DownloadSchedule& schedule,
+                               CVELMORA_DownloadSetting& setting) {
+    qel::TraceEnter(m_traceName, qel::sig::kCombinedDownloadReader);
+    qel::ChainReader reader(*this, pos);
+    ReadSection(reader, schedule);
+    ReadSection(reader, setting);
+    qel::TraceLeave(m_traceName, qel::sig::kCombinedDownloadReader);
+}
