@@ -18,6 +18,8 @@
 #define QEL_CSOMIF_H
 
 #include <cstdint>
+#include <cstdio>
+#include <list>
 #include <string>
 #include <vector>
 
@@ -167,6 +169,36 @@ public:
     HRESULT AliveMonitorSetParameter(std::string name, std::string value);
     // Reads the reply's "Value" and "Type" items (untouched on a negative result).
     HRESULT AliveMonitorGetParameter(std::string name, std::string& value, unsigned int& type);
+
+    // --- Provider-management queries -------------------------------------------------
+    // The device or tool list of `info` is emptied first; the provider's own
+    // fields are overwritten by those the reply carries. Every returned device
+    // is named from the PCI ID database. A negative service result gives
+    // 0x80081101 (the reply's body is still read).
+
+    HRESULT GetProviderManageInfo(std::string className, CVelmora_DevProviderManageInfo& info);
+    HRESULT GetProviderManageInfo(std::string className, CVelmora_ToolProviderManageInfo& info);
+    // Receives the reply of a request just sent whose header had
+    // `headerLength` bytes; the service's result, or -1 when nothing came.
+    int RecvProviderManageInfo(size_t headerLength, CVelmora_DevProviderManageInfo& info);
+    int RecvProviderManageInfo(size_t headerLength, CVelmora_ToolProviderManageInfo& info);
+
+    // --- Device inventory and naming ---------------------------------------------------
+
+    // Appends the words of "/opt/velmora/qel/etc/devices.tmp"; false when the
+    // file cannot be opened.
+    bool readDeviceInfo(std::list<std::string>& devices);
+    // Fills DeviceName and DeviceVendorName from "/usr/share/hwdata/pci.ids"
+    // by the vendor (offset 8) and device (offset 13) numbers of DeviceId.
+    // Identifiers without "-" are named "BMC" ("Bmc") or "BIOS/EFI"; shorter
+    // identifiers with "-" leave the record as it is.
+    void GetDeviceName(CVelmora_DeviceInfo& device);
+    // The vendor name of a database vendor line.
+    std::string GetVendorName(std::string line);
+    // Reads the device lines after a vendor line; true with the device's name
+    // in `line` when `deviceId` (4 lower-case digits) is found. `line` and
+    // `capacity` are the caller's getline buffer.
+    bool FindDeviceId(const char* deviceId, FILE* file, char*& line, size_t* capacity);
 
 private:
     std::string m_traceName;

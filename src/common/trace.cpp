@@ -50,6 +50,10 @@ void TraceLeave(const std::string& source, const char* signature, HRESULT rc, Rc
     Write(source, kLevelEntry, std::string(kLeave) + signature + kRcSeparator + FormatRc(rc, form));
 }
 
+void TraceMessageLine(const std::string& source, int level, const char* text) {
+    CTraceUtility::WriteDebug(source, level, "%s", text);
+}
+
 void TraceMessage(const std::string& source, int level, const char* signature,
                   const char* messageFormat, const char* argument) {
     if (!CTraceUtility::IsEnabled(level)) return;

@@ -40,6 +40,9 @@ void TraceEnter(const std::string& source, const char* signature, const std::str
 void TraceLeave(const std::string& source, const char* signature);
 void TraceLeave(const std::string& source, const char* signature, HRESULT rc, RcForm form);
 
+// A fixed text as the whole line.
+void TraceMessageLine(const std::string& source, int level, const char* text);
+
 // signature + " " + the message formatted with one string argument (or none).
 void TraceMessage(const std::string& source, int level, const char* signature,
                   const char* messageFormat, const char* argument = nullptr);

@@ -42,6 +42,16 @@ constexpr const char kGetProviderManageInfoWbem[] =
     "HRESULT CSomIf::GetProviderManageInfo" QEL_RELAY_ARGS;
 constexpr const char kGetUpdatePlansWbem[] = "HRESULT CSomIf::GetUpdatePlans" QEL_RELAY_ARGS;
 
+// Provider-management queries.
+constexpr const char kGetProviderManageInfoDev[] =
+    "HRESULT CSomIf::GetProviderManageInfo(std::string, CVelmora_DevProviderManageInfo&)";
+constexpr const char kGetProviderManageInfoTool[] =
+    "HRESULT CSomIf::GetProviderManageInfo(std::string, CVelmora_ToolProviderManageInfo&)";
+constexpr const char kRecvProviderManageInfoDev[] =
+    "int CSomIf::RecvProviderManageInfo(size_t, CVelmora_DevProviderManageInfo&)";
+constexpr const char kRecvProviderManageInfoTool[] =
+    "int CSomIf::RecvProviderManageInfo(size_t, CVelmora_ToolProviderManageInfo&)";
+
 // Update manager.
 constexpr const char kSetUpdatePriority[] =
     "HRESULT CSomIf::SetUpdatePriority(std::string, const CVelmora_PriorityUpdateParam&)";

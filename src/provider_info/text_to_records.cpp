@@ -1,0 +1,215 @@
+// CProviderManageInfo: the positional readers of reply text into records.
+#include "CProviderManageInfo.h"
+#include "common/trace.h"
+#include "provider_fields.h"
+#include "provider_signatures.h"
+
+namespace {
+
+using namespace qel::pm;
+
+// Reads the fields of one list element at a cursor, each key made of the
+// element's path prefix and the field name; a field that is not the item at
+// the cursor is skipped without moving on.
+class ElementCursor {
+public:
+    ElementCursor(CSerializedMsg& codec, const std::string& prefix, char* pos)
+        : codec_(codec), prefix_(prefix), pos_(pos) {}
+    ElementCursor& String(const char* name, std::string& value) {
+        pos_ = codec_.compareItem(pos_, prefix_, name, value);
+        return *this;
+    }
+    ElementCursor& Int(const char* name, int& value) {
+        pos_ = codec_.compareItem(pos_, prefix_, name, value);
+        return *this;
+    }
+    ElementCursor& Bool(const char* name, bool& value) {
+        pos_ = codec_.compareItem(pos_, prefix_, name, value);
+        return *this;
+    }
+    ElementCursor& Array(const char* name, std::vector<std::string>& values) {
+        pos_ = codec_.setStringArray(pos_, prefix_, name, values);
+        return *this;
+    }
+    char* pos() const { return pos_; }
+    void set(char* pos) { pos_ = pos; }
+
+private:
+    CSerializedMsg& codec_;
+    const std::string& prefix_;
+    char* pos_;
+};
+
+// Hooks around each element; the device form of the linked-application
+// reader traces them.
+struct NoElementTrace {
+    void Begin() const {}
+    void Appended() const {}
+};
+
+struct LinkAppElementTrace {
+    const std::string& source;
+    void Begin() const {
+        qel::TraceMessageLine(source, qel::kLevelDetail, qel::sig::kLinkAppElementEnter);
+    }
+    void Appended() const {
+        qel::TraceMessageLine(source, qel::kLevelDetail, qel::sig::kLinkAppElementLeave);
+    }
+};
+
+// The shape of every list: for element i an optional header named after
+// the list, then the first field, whose absence ends the list, then the rest.
+template <class Record, class ReadRest, class Trace = NoElementTrace>
+char* ReadList(CSerializedMsg& codec, char* pos, const char* listName, const char* firstField,
+               std::string Record::*first, std::vector<Record>& list, ReadRest readRest,
+               const Trace& trace = Trace()) {
+    for (int i = 0;; ++i) {
+        trace.Begin();
+        const std::string prefix = codec.getClassArrayName(listName, i);
+        std::string header;
+        char* atElement = codec.compareItem(pos, prefix, listName, header);
+        Record record;
+        ElementCursor cursor(codec, prefix, atElement);
+        cursor.String(firstField, record.*first);
+        if (cursor.pos() == atElement) return atElement;
+        readRest(cursor, record);
+        list.push_back(std::move(record));
+        trace.Appended();
+        pos = cursor.pos();
+    }
+}
+
+template <class Owner>
+char* ReadLinkApps(CSerializedMsg& codec, char* pos, Owner& owner, bool traced,
+                   const std::string& traceName) {
+    auto rest = [](ElementCursor& c, CVelmora_LinkApplicationInfo& app) {
+        c.String(kExecutePath, app.ExecutePath).String(kDescriptionFilePath, app.DescriptionFilePath);
+    };
+    if (traced) {
+        return ReadList(codec, pos, kLinkAppInfo, kApplicationName,
+                        &CVelmora_LinkApplicationInfo::ApplicationName, owner.LinkAppInfo, rest,
+                        LinkAppElementTrace{traceName});
+    }
+    return ReadList(codec, pos, kLinkAppInfo, kApplicationName,
+                    &CVelmora_LinkApplicationInfo::ApplicationName, owner.LinkAppInfo, rest);
+}
+
+template <class Owner>
+char* ReadModules(CProviderManageInfo& codec, char* pos, Owner& owner) {
+    return ReadList(codec, pos, kModuleInfo, kModuleKind, &CVelmora_ManageModuleInfo::ModuleKind,
+                    owner.ModuleInfo, [&](ElementCursor& c, CVelmora_ManageModuleInfo& module) {
+                        c.String(kModuleName, module.ModuleName)
+                            .Int(kUpdatePriority, module.UpdatePriority)
+                            .Int(kUpdateStatus, module.UpdateStatus)
+                            .Int(kUpdateProgress, module.UpdateProgress);
+                        c.set(codec.setRepositoryInfo(c.pos(), module));
+                    });
+}
+
+}  // namespace
+
+void CProviderManageInfo::toObject(char* text, CVelmora_DevProviderManageInfo& info) {
+    qel::TraceEnter(m_traceName, qel::sig::kToObjectDev);
+    std::string ignored;
+    setManageInfo(compareItem(text, kDevProvider, ignored), info);
+    qel::TraceLeave(m_traceName, qel::sig::kToObjectDev);
+}
+
+void CProviderManageInfo::toObject(char* text, CVelmora_ToolProviderManageInfo& info) {
+    qel::TraceEnter(m_traceName, qel::sig::kToObjectTool);
+    std::string ignored;
+    setManageInfo(compareItem(text, kToolProvider, ignored), info);
+    qel::TraceLeave(m_traceName, qel::sig::kToObjectTool);
+}
+
+char* CProviderManageInfo::setManageInfo(char* pos, CVelmora_DevProviderManageInfo& info) {
+    qel::TraceEnter(m_traceName, qel::sig::kSetManageInfoDev);
+    pos = compareItem(pos, kProviderName, info.ProviderName);
+    pos = compareItem(pos, kProviderVendorName, info.ProviderVendorName);
+    pos = compareItem(pos, kProviderVersion, info.ProviderVersion);
+    pos = setDeviceInfo(pos, info);
+    qel::TraceLeave(m_traceName, qel::sig::kSetManageInfoDev);
+    return pos;
+}
+
+char* CProviderManageInfo::setManageInfo(char* pos, CVelmora_ToolProviderManageInfo& info) {
+    qel::TraceEnter(m_traceName, qel::sig::kSetManageInfoTool);
+    pos = compareItem(pos, kProviderName, info.ProviderName);
+    pos = compareItem(pos, kProviderVendorName, info.ProviderVendorName);
+    pos = compareItem(pos, kProviderVersion, info.ProviderVersion);
+    pos = setToolInfo(pos, info);
+    qel::TraceLeave(m_traceName, qel::sig::kSetManageInfoTool);
+    return pos;
+}
+
+char* CProviderManageInfo::setDeviceInfo(char* pos, CVelmora_DevProviderManageInfo& info) {
+    return ReadList(*this, pos, kDeviceInfo, kVendorName, &CVelmora_DeviceInfo::VendorName,
+                    info.DeviceInfo, [this](ElementCursor& c, CVelmora_DeviceInfo& device) {
+                        c.String(kUniqueName, device.UniqueName)
+                            .String(kDeviceId, device.DeviceId)
+                            .String(kHardwareVersion, device.HardwareVersion)
+                            .Array(kExtendedInfo, device.ExtendedInfo);
+                        c.set(setLinkAppInfo(c.pos(), device));
+                        c.set(setModuleInfo(c.pos(), device));
+                    });
+}
+
+char* CProviderManageInfo::setToolInfo(char* pos, CVelmora_ToolProviderManageInfo& info) {
+    return ReadList(*this, pos, kToolInfo, kVendorName, &CVelmora_ToolInfo::VendorName,
+                    info.ToolInfo, [this](ElementCursor& c, CVelmora_ToolInfo& tool) {
+                        c.String(kUniqueName, tool.UniqueName).Array(kExtendedInfo, tool.ExtendedInfo);
+                        c.set(setLinkAppInfo(c.pos(), tool));
+                        c.set(setModuleInfo(c.pos(), tool));
+                    });
+}
+
+char* CProviderManageInfo::setLinkAppInfo(char* pos, CVelmora_DeviceInfo& device) {
+    return ReadLinkApps(*this, pos, device, /*traced=*/true, m_traceName);
+}
+
+char* CProviderManageInfo::setLinkAppInfo(char* pos, CVelmora_ToolInfo& tool) {
+    return ReadLinkApps(*this, pos, tool, /*traced=*/false, m_traceName);
+}
+
+char* CProviderManageInfo::setModuleInfo(char* pos, CVelmora_DeviceInfo& device) {
+    return ReadModules(*this, pos, device);
+}
+
+char* CProviderManageInfo::setModuleInfo(char* pos, CVelmora_ToolInfo& tool) {
+    return ReadModules(*this, pos, tool);
+}
+
+char* CProviderManageInfo::setRepositoryInfo(char* pos, CVelmora_ManageModuleInfo& module) {
+    return ReadList(
+        *this, pos, kRepositoryInfo, kApplyKind, &CVelmora_ManageRepositoryInfo::ApplyKind,
+        module.RepositoryInfo, [this](ElementCursor& c, CVelmora_ManageRepositoryInfo& entry) {
+            c.String(kHardwareVersion, entry.HardwareVersion)
+                .String(kVendorVersion, entry.VendorVersion)
+                .String(kDisplayName, entry.DisplayName)
+                .String(kModulePath, entry.ModulePath)
+                .Int(kPriority, entry.Priority)
+                .String(kReqProviderVersion, entry.ReqProviderVersion)
+                .String(kRebootAfterPreUpdate, entry.RebootAfterPreUpdate)
+                .String(kRebootAfterUpdate, entry.RebootAfterUpdate)
+                .String(kRebootAfterRestore, entry.RebootAfterRestore)
+                .Bool(kRecovery, entry.Recovery)
+                .Array(kModuleFileName, entry.ModuleFileName)
+                .Array(kManualFileName, entry.ManualFileName)
+                .Array(kReleasenotesFileName, entry.ReleasenotesFileName);
+            c.set(setDependencyInfo(c.pos(), kDependencyInfoSelf, entry.DependencyInfoSelf));
+            c.set(setDependencyInfo(c.pos(), kDependencyInfoOther, entry.DependencyInfoOther));
+        });
+}
+
+char* CProviderManageInfo::setDependencyInfo(char* pos, const char* listName,
+                                             std::vector<CVelmora_DependencyInfo>& deps) {
+    return ReadList(*this, pos, listName, kProviderName, &CVelmora_DependencyInfo::ProviderName,
+                    deps, [](ElementCursor& c, CVelmora_DependencyInfo& dep) {
+                        c.String(kVendorName, dep.VendorName)
+                            .String(kUniqueName, dep.UniqueName)
+                            .String(kModuleKind, dep.ModuleKind)
+                            .String(kModuleName, dep.ModuleName)
+                            .String(kVendorVersion, dep.VendorVersion)
+                            .String(kUpperVendorVersion, dep.UpperVendorVersion);
+                    });
+}
