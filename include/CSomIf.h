@@ -124,6 +124,23 @@ public:
     HRESULT ExecuteUpdate(std::string className, IWbemClassObject* inParams,
                           IWbemClassObject** outParams);
 
+    // --- WBEM queries ---------------------------------------------------------------
+    // Decoded into *outParams (created when null) only when the result, as a
+    // signed 32-bit number, is not negative; no ReturnValue is set. On a
+    // negative result *outParams is left as it was, possibly null.
+
+    // inParams as the body; the conformity list into
+    // "UpdateModuleConformityList".
+    HRESULT CheckUpdateModuleConformity(std::string className, IWbemClassObject* inParams,
+                                        IWbemClassObject** outParams);
+    // Always an empty body; the provider tree into "DevProviderManageInfo" or
+    // "ToolProviderManageInfo".
+    HRESULT GetProviderManageInfo(std::string className, IWbemClassObject* inParams,
+                                  IWbemClassObject** outParams);
+    // inParams as the body; the plans into the class array "UpdatePlansList".
+    HRESULT GetUpdatePlans(std::string className, IWbemClassObject* inParams,
+                           IWbemClassObject** outParams);
+
     // --- Update manager --------------------------------------------------------
     // Readers fill their outputs only when the result, as a signed 32-bit
     // number, is not negative (GetAutoUpdateSetting always decodes).
@@ -199,6 +216,16 @@ public:
     // in `line` when `deviceId` (4 lower-case digits) is found. `line` and
     // `capacity` are the caller's getline buffer.
     bool FindDeviceId(const char* deviceId, FILE* file, char*& line, size_t* capacity);
+
+    // --- Service discovery ----------------------------------------------------------
+    // From "/opt/velmora/qel/etc/qelvelmora.mof": appends (Name, ClassName) of
+    // every device service (kind 1, a flag of 0x81 set) or tool service (kind
+    // 2, flag 0x02). `services` is never cleared. Always returns 0.
+    HRESULT GetDeviceService(strpairvect_t& services);
+    HRESULT GetToolService(strpairvect_t& services);
+    // Whether a device of the inventory is among the sections of the
+    // provider's INI file under "/opt/velmora/qel/provider".
+    bool isDeviceAlive(CMofContents provider);
 
 private:
     std::string m_traceName;

@@ -14,6 +14,7 @@
 #define QEL_CUPDOWNSCHEDULE_H
 
 #include <string>
+#include <vector>
 
 #include "CSerializedMsg.h"
 #include "IWbemClassObject.h"
@@ -47,6 +48,40 @@ public:
     void toObject(char* pos, CVELMORA_UpdateSchedule& schedule);
     // A "DownloadSchedule" section followed by a "DownloadSetting" section.
     void toObject(char* pos, CVELMORA_DownloadSchedule& schedule, CVELMORA_DownloadSetting& setting);
+
+    // --- Property-object decoders -------------------------------------------------
+    // Every object they create belongs to `obj` afterwards.
+
+    // A "class[]" item, then plans delimited by "ProviderName" (exactly where
+    // the previous plan's "DependencyName" ended) and their "DependencyName";
+    // a plan's other fields are searched to the end of the text. Adds the
+    // class array "UpdatePlansList" (an empty one when no plan follows).
+    void String2UpdatePlans(char* pos, IWbemClassObject& obj);
+    // "AppKey", then "UpdateModuleRegistInfo" and its modules (VendorName,
+    // UniqueName, ModuleKind, VendorVersion, ModulePath); an unmatched field
+    // of a module is added as an empty string.
+    void String2RegisterUpdateModule(char* pos, IWbemClassObject& obj);
+    // Record sections: one nested object per "class" item, holding the
+    // section's "string", "int" and "bool" items. Items before the first
+    // section have no object to go into and are skipped.
+    virtual void String2IWbem(char* text, IWbemClassObject& obj);
+
+    // --- Conformity trees -------------------------------------------------------------
+
+    // The conformity list into "UpdateModuleConformityList".
+    void toObject2(char* pos, IWbemClassObject& obj);
+    // The conformity input: "AppKey" and "CheckUpdateModuleConformityInput".
+    void toObject(char* pos, IWbemClassObject& obj);
+    // Block readers: read the block's items from `pos` (just after the item
+    // that introduced the block), attach the block to `module` and return
+    // where they stopped. Objects that never reach the tree are freed.
+    char* SetUpdateAttrInfo(char* pos, IWbemClassObject* module);
+    char* SetUpdateLinkInfo(char* pos, IWbemClassObject* module);
+    char* SetUpdateFileInfo(char* pos, IWbemClassObject* module);
+    char* SetUpdateDepoInfo(char* pos, IWbemClassObject* module);
+    // Module references, appended to `list`.
+    char* SetUpdateShareInfo(char* pos, std::vector<IWbemClassObject*>* list);
+    char* SetUpdateSimuInfo(char* pos, std::vector<IWbemClassObject*>* list);
 
 private:
     IWbemClassObject m_writeTarget;  // receiver of the item writers; never filled

@@ -32,6 +32,9 @@ constexpr const char kReadDeviceInfo[] =
     "std::allocator<char> >, std::allocator<std::basic_string<char, std::char_traits<char>, "
     "std::allocator<char> > > >&)";
 constexpr const char kMsgFileNotFound[] = "file (%s) not found";
+constexpr const char kGetDeviceService[] = "HRESULT CSomIf::GetDeviceService(strpairvect_t&)";
+constexpr const char kGetToolService[] = "HRESULT CSomIf::GetToolService(strpairvect_t&)";
+constexpr const char kIsDeviceAlive[] = "bool CSomIf::isDeviceAlive(CMofContents)";
 // The whole line: signature, database path, system error number.
 #define QEL_OPEN_FAILED_LINE "%s %s file open failed (%d)"
 constexpr const char kOpenFailedLine[] = QEL_OPEN_FAILED_LINE;

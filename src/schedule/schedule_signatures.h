@@ -24,6 +24,27 @@ constexpr const char kUpdateScheduleReader[] =
 constexpr const char kCombinedDownloadReader[] =
     "void CUpDownSchedule::toObject(char*, CVELMORA_DownloadSchedule&, CVELMORA_DownloadSetting&)";
 
+constexpr const char kString2RegisterUpdateModule[] =
+    "void CUpDownSchedule::String2RegisterUpdateModule(char*, IWbemClassObject&)";
+constexpr const char kSectionString2IWbem[] =
+    "virtual void CUpDownSchedule::String2IWbem(char*, IWbemClassObject&)";
+constexpr const char kToObject2[] = "void CUpDownSchedule::toObject2(char*, IWbemClassObject&)";
+constexpr const char kToObjectInput[] = "void CUpDownSchedule::toObject(char*, IWbemClassObject&)";
+constexpr const char kSetUpdateAttrInfo[] =
+    "char* CUpDownSchedule::SetUpdateAttrInfo(char*, IWbemClassObject*)";
+constexpr const char kSetUpdateLinkInfo[] =
+    "char* CUpDownSchedule::SetUpdateLinkInfo(char*, IWbemClassObject*)";
+constexpr const char kSetUpdateFileInfo[] =
+    "char* CUpDownSchedule::SetUpdateFileInfo(char*, IWbemClassObject*)";
+constexpr const char kSetUpdateDepoInfo[] =
+    "char* CUpDownSchedule::SetUpdateDepoInfo(char*, IWbemClassObject*)";
+constexpr const char kSetUpdateShareInfo[] =
+    "char* CUpDownSchedule::SetUpdateShareInfo(char*, std::vector<IWbemClassObject*, "
+    "std::allocator<IWbemClassObject*> >*)";
+constexpr const char kSetUpdateSimuInfo[] =
+    "char* CUpDownSchedule::SetUpdateSimuInfo(char*, std::vector<IWbemClassObject*, "
+    "std::allocator<IWbemClassObject*> >*)";
+
 }  // namespace sig
 }  // namespace qel
 
