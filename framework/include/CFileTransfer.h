@@ -46,12 +46,12 @@ public:
     // time-out, on a socket error, or without a connection.
     int RecvMessage(char* buffer, int bufferSize, int headerLength);
 
+    // Reads a configuration file as the transport does (an absolute path
+    // through CFileUtility::SystemPath); false without a `socket` line.
+    static bool ReadConfiguration(const std::string& configFile, std::string& socketPath,
+                                  int& timeoutSeconds);
+
 private:
-    struct Config {
-        std::string socketPath;
-        int timeoutSeconds = kDefaultTimeoutSeconds;
-    };
-    bool ReadConfig(Config& config) const;
     void CloseConnection();
 
     std::string name_;

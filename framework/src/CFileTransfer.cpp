@@ -156,8 +156,9 @@ void CFileTransfer::CloseConnection() {
     fd_ = -1;
 }
 
-bool CFileTransfer::ReadConfig(Config& config) const {
-    std::string path = configFile_;
+bool CFileTransfer::ReadConfiguration(const std::string& configFile, std::string& socketPath,
+                                      int& timeoutSeconds) {
+    std::string path = configFile;
     if (!path.empty() && path[0] == '/') path = CFileUtility::SystemPath(path);
     std::ifstream in(path);
     if (!in) return false;
@@ -170,24 +171,25 @@ bool CFileTransfer::ReadConfig(Config& config) const {
         std::string key = Trim(trimmed.substr(0, eq));
         std::string value = Trim(trimmed.substr(eq + 1));
         if (key == "socket") {
-            config.socketPath = value;
+            socketPath = value;
         } else if (key == "timeout") {
             char* end = nullptr;
             long seconds = std::strtol(value.c_str(), &end, 10);
             if (end != value.c_str() && *end == '\0' && seconds >= 0 && seconds <= INT_MAX / 1000) {
-                config.timeoutSeconds = static_cast<int>(seconds);
+                timeoutSeconds = static_cast<int>(seconds);
             }
         }
     }
-    return !config.socketPath.empty();
+    return !socketPath.empty();
 }
 
 int CFileTransfer::SendMessage(std::string message) {
     CloseConnection();
-    Config config;
-    if (!ReadConfig(config)) return -1;
-    timeoutSeconds_ = config.timeoutSeconds;
-    fd_ = Connect(config.socketPath, Deadline(timeoutSeconds_));
+    std::string socketPath;
+    int timeoutSeconds = kDefaultTimeoutSeconds;
+    if (!ReadConfiguration(configFile_, socketPath, timeoutSeconds)) return -1;
+    timeoutSeconds_ = timeoutSeconds;
+    fd_ = Connect(socketPath, Deadline(timeoutSeconds_));
     if (fd_ < 0) return -1;
     if (!SendAll(fd_, message.data(), message.size(), Deadline(timeoutSeconds_))) {
         CloseConnection();

@@ -1,0 +1,256 @@
+// The library against a real somd process: every family of operations,
+// persistence across restarts, the authority conflict, bulk runs,
+// robustness and concurrent clients.
+#include <gtest/gtest.h>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <thread>
+
+#include "CSomIf.h"
+#include "support/somd_process.h"
+
+namespace {
+
+using qel_test::SomdProcess;
+using qel_test::TempSysroot;
+
+const char kUpdateManager[] = "VELMORA_UpdateManager";
+const HRESULT kAuthorityHeld = 0x8000A001L;
+const HRESULT kUnknownMethod = 0x8000A003L;
+
+class SomdTest : public ::testing::Test {
+protected:
+    TempSysroot root;
+    SomdProcess somd{root};
+    CSomIf som{"it"};
+
+    // Sends raw bytes and returns whatever comes back until the close.
+    std::string RawExchange(const std::string& bytes) {
+        int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        struct sockaddr_un addr = {};
+        addr.sun_family = AF_UNIX;
+        const std::string path = root.Path("/run/som.sock");
+        path.copy(addr.sun_path, sizeof addr.sun_path - 1);
+        std::string reply;
+        if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0) {
+            send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+            shutdown(fd, SHUT_WR);
+            char chunk[4096];
+            ssize_t n;
+            while ((n = read(fd, chunk, sizeof chunk)) > 0) reply.append(chunk, n);
+        }
+        close(fd);
+        return reply;
+    }
+};
+
+TEST_F(SomdTest, SettingsRoundTripAndSurviveARestart) {
+    CVELMORA_DownloadSetting setting;
+    setting.WebSiteUrl = "https://updates.example/qel";
+    setting.ProxyPassword = "p;q";
+    setting.DownloadType = 2;
+    CVELMORA_DownloadSchedule schedule;
+    schedule.IsAutoSetting = true;
+    schedule.Time = "03:00";
+    ASSERT_EQ(som.SetAutoDownloadSetting(setting, schedule), 0);
+    CVELMORA_UpdateSchedule update;
+    update.RepeatType = 2;
+    update.DayOfWeek = "Sunday";
+    ASSERT_EQ(som.SetAutoUpdateSetting(update), 0);
+    CVelmora_PriorityUpdateParam priority;
+    priority.AppKey = "k";
+    priority.UpdatePriority = 7;
+    priority.DeviceID = "PCIROOT-8086-10FB-0000";
+    EXPECT_EQ(som.SetUpdatePriority("VELMORA_NicProvider", priority), 0);
+
+    ASSERT_EQ(somd.Stop(), 0);
+    somd.Start();
+
+    CVELMORA_DownloadSetting readSetting;
+    CVELMORA_DownloadSchedule readSchedule;
+    ASSERT_EQ(som.GetAutoDownloadSetting(readSetting, readSchedule), 0);
+    EXPECT_EQ(readSetting.WebSiteUrl, setting.WebSiteUrl);
+    EXPECT_EQ(readSetting.ProxyPassword, "p;q");
+    EXPECT_EQ(readSetting.DownloadType, 2);
+    EXPECT_TRUE(readSchedule.IsAutoSetting);
+    EXPECT_EQ(readSchedule.Time, "03:00");
+    CVELMORA_UpdateSchedule readUpdate;
+    ASSERT_EQ(som.GetAutoUpdateSetting(readUpdate), 0);
+    EXPECT_EQ(readUpdate.DayOfWeek, "Sunday");
+}
+
+TEST_F(SomdTest, AuthorityIsHeldByOneKeyAtATime) {
+    EXPECT_EQ(som.GetOperatingAuthority(kUpdateManager, "first"), 0);
+    EXPECT_EQ(som.GetOperatingAuthority(kUpdateManager, "first"), 0);
+    EXPECT_EQ(som.GetOperatingAuthority(kUpdateManager, "second"), kAuthorityHeld);
+    EXPECT_NE(som.ReleaseOperatingAuthority(kUpdateManager, std::string("second")), 0);
+    // The WBEM relay sees the same authority and reports the code as ReturnValue.
+    IWbemClassObject in;
+    in.push("AppKey", std::string("second"));
+    IWbemClassObject* out = nullptr;
+    EXPECT_EQ(som.GetOperationAuthority(kUpdateManager, &in, &out), kAuthorityHeld);
+    std::unique_ptr<IWbemClassObject> owned(out);
+    EXPECT_EQ(*out->GetAs<long>("ReturnValue"), static_cast<int>(kAuthorityHeld));
+    EXPECT_EQ(som.ReleaseOperatingAuthority(kUpdateManager, std::string("first")), 0);
+    EXPECT_EQ(som.GetOperatingAuthority(kUpdateManager, "second"), 0);
+}
+
+TEST_F(SomdTest, BulkUpdateMovesTheProcessStatusAndThePlans) {
+    std::vector<CVELMORA_UpdatePlans> plans;
+    ASSERT_EQ(som.GetUpdatePlans(kUpdateManager, plans), 0);
+    ASSERT_EQ(plans.size(), 3u);
+
+    std::atomic<bool> done{false};
+    std::atomic<bool> sawUpdating{false};
+    std::thread watcher([&] {
+        CSomIf observer("observer");
+        while (!done) {
+            LONG status = 0;
+            observer.GetQELStatus(status);
+            if (status == 0x8001) sawUpdating = true;
+            usleep(10000);
+        }
+    });
+    LONG reboot = -1;
+    EXPECT_EQ(som.UpdateAll(reboot), 0);
+    done = true;
+    watcher.join();
+    EXPECT_TRUE(sawUpdating);
+    EXPECT_EQ(reboot, 1);
+    LONG status = -1;
+    som.GetQELStatus(status);
+    EXPECT_EQ(status, 0);
+
+    std::vector<CVELMORA_VersionUpdateLog> logs;
+    ASSERT_EQ(som.CollectVersionUpLog(logs), 0);
+    EXPECT_EQ(logs.size(), 3u);
+    std::vector<CVELMORA_UpdatePlans> rollback;
+    ASSERT_EQ(som.GetUpdatePlans(kUpdateManager, true, rollback), 0);
+    ASSERT_EQ(rollback.size(), 3u);
+    EXPECT_EQ(rollback[0].NextVendorVersion, plans[0].CurrentVendorVersion);
+    std::vector<std::string> lines;
+    ASSERT_EQ(som.CollectResultLog("k", lines), 0);
+    EXPECT_EQ(lines.size(), 3u);
+    // Nothing left to update is not a failure.
+    EXPECT_EQ(som.UpdateAll(reboot), 0);
+    EXPECT_EQ(reboot, 0);
+    EXPECT_EQ(som.RollbackAll(reboot), 0);
+    ASSERT_EQ(som.GetUpdatePlans(kUpdateManager, plans), 0);
+    EXPECT_EQ(plans.size(), 6u);  // appended to the three read before
+}
+
+TEST_F(SomdTest, ProvidersVersionsLogsAndMonitor) {
+    CVelmora_DevProviderManageInfo devices;
+    ASSERT_EQ(som.GetProviderManageInfo("VELMORA_NicProvider", devices), 0);
+    ASSERT_EQ(devices.DeviceInfo.size(), 2u);
+    EXPECT_EQ(devices.DeviceInfo[0].DeviceName, "82599ES 10-Gigabit SFI/SFP+ Network Connection");
+    CVelmora_ToolProviderManageInfo tools;
+    ASSERT_EQ(som.GetProviderManageInfo("VELMORA_FirmwareTool", tools), 0);
+    EXPECT_EQ(tools.ToolInfo.size(), 1u);
+    IWbemClassObject* tree = nullptr;
+    ASSERT_EQ(som.GetProviderManageInfo("VELMORA_GpuProvider", nullptr, &tree), 0);
+    std::unique_ptr<IWbemClassObject> ownedTree(tree);
+    EXPECT_NE(tree->Get("DevProviderManageInfo"), nullptr);
+    EXPECT_EQ(som.GetProviderManageInfo("VELMORA_Unknown", devices), 0x80081101L);
+
+    std::vector<CVELMORA_QelVersionInfo> versions;
+    ASSERT_EQ(som.CollectQelVersion(versions), 0);
+    EXPECT_EQ(versions.size(), 5u);
+
+    CVELMORA_DownloadSetting setting;
+    EXPECT_EQ(som.DownloadAll(setting), 0);
+    std::vector<std::string> lines;
+    ASSERT_EQ(som.CollectDownloadLog("k", lines), 0);
+    EXPECT_EQ(lines.size(), 3u);
+
+    std::string value;
+    unsigned type = 0;
+    ASSERT_EQ(som.AliveMonitorGetParameter("Interval", value, type), 0);
+    EXPECT_EQ(value, "30");
+    EXPECT_EQ(type, 1u);
+    EXPECT_EQ(som.AliveMonitorSetParameter("Interval", "45"), 0);
+    ASSERT_EQ(som.AliveMonitorGetParameter("Interval", value, type), 0);
+    EXPECT_EQ(value, "45");
+    EXPECT_EQ(som.AliveMonitorClearParameters(), 0);
+    EXPECT_NE(som.AliveMonitorGetParameter("Interval", value, type), 0);
+    EXPECT_EQ(som.AliveMonitorUpdateParameters(), 0);
+    ASSERT_EQ(som.AliveMonitorGetParameter("Interval", value, type), 0);
+    EXPECT_EQ(value, "30");
+    EXPECT_EQ(som.ExecuteReboot(), 0);
+}
+
+TEST_F(SomdTest, WbemEntryPoints) {
+    IWbemClassObject* out = nullptr;
+    ASSERT_EQ(som.CheckUpdateModuleConformity("VELMORA_NicProvider", nullptr, &out), 0);
+    std::unique_ptr<IWbemClassObject> owned(out);
+    const auto* list = out->GetAs<std::vector<IWbemClassObject*>>("UpdateModuleConformityList");
+    ASSERT_NE(list, nullptr);
+    EXPECT_EQ(list->size(), 3u);
+    IWbemClassObject* plans = nullptr;
+    ASSERT_EQ(som.GetUpdatePlans(kUpdateManager, nullptr, &plans), 0);
+    std::unique_ptr<IWbemClassObject> ownedPlans(plans);
+    EXPECT_EQ((*plans->GetAs<std::vector<IWbemClassObject*>*>("UpdatePlansList"))->size(), 3u);
+    IWbemClassObject* relay = nullptr;
+    EXPECT_EQ(som.ExecuteUpdateBackup("VELMORA_NicProvider", nullptr, &relay), 0);
+    std::unique_ptr<IWbemClassObject> ownedRelay(relay);
+    char cls[] = "VELMORA_Nothing";
+    char method[] = "NoSuchMethod";
+    IWbemClassObject* execOut = nullptr;
+    EXPECT_EQ(som.ExecMethod(cls, method, 0, nullptr, nullptr, &execOut, nullptr), 0);
+    std::unique_ptr<IWbemClassObject> ownedExec(execOut);
+    EXPECT_EQ(*execOut->GetAs<long>("ReturnValue"), static_cast<int>(kUnknownMethod));
+}
+
+TEST_F(SomdTest, BadRequestsNeverStopTheService) {
+    const std::string requests[] = {
+        "",
+        "garbage that is not a request",
+        "00000099cafefeedC/M0000000000000000",                  // header cut short
+        "00000035deadbeefC/M0000000000000000",                  // wrong magic
+        "00000035cafefeedC/M00000000xxxxxxxx",                  // bad body length
+        "00000035cafefeedC/M0000000099999999",                  // body beyond the limit
+        "00000035cafefeedC/M0000000000000010abc",               // body cut short
+        "00000036cafefeedCX/M0000000000000000",                 // unknown class and method
+    };
+    for (const std::string& request : requests) RawExchange(request);
+    EXPECT_NE(RawExchange("00000035cafefeedC/M0000000000000000").find("8000a003"),
+              std::string::npos);
+    std::vector<CVELMORA_QelVersionInfo> versions;
+    EXPECT_EQ(som.CollectQelVersion(versions), 0);
+}
+
+TEST_F(SomdTest, ManyClientsAtOnce) {
+    std::atomic<int> failures{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 8; ++t) {
+        threads.emplace_back([&failures, t] {
+            CSomIf client("client" + std::to_string(t));
+            for (int i = 0; i < 40; ++i) {
+                std::string value;
+                unsigned type = 0;
+                if (client.AliveMonitorGetParameter("RetryCount", value, type) != 0 ||
+                    value != "3") {
+                    ++failures;
+                }
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(failures.load(), 0);
+}
+
+TEST_F(SomdTest, CleanStopOnSigterm) {
+    EXPECT_EQ(somd.Stop(), 0);
+    EXPECT_NE(access(root.Path("/run/som.sock").c_str(), F_OK), 0);
+    std::vector<CVELMORA_QelVersionInfo> versions;
+    EXPECT_EQ(som.CollectQelVersion(versions), 0x80081001L);
+}
+
+}  // namespace

@@ -1,0 +1,491 @@
+#include "service.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <functional>
+#include <thread>
+
+#include "CFileUtility.h"
+#include "CSerializedMsg.h"
+#include "CUpDownSchedule.h"
+#include "CVersionUpLog.h"
+#include "IWbemClassObject.h"
+#include "QelItemText.h"
+#include "common/record_codec.h"
+#include "common/service_codes.h"
+#include "provider_info/plain_text.h"
+
+namespace somd {
+namespace {
+
+const char kUpdateManager[] = "VELMORA_UpdateManager";
+const char kLogManager[] = "VELMORA_LogManager";
+const char kQelVersion[] = "VELMORA_QelVersion";
+const char kToolServiceWD[] = "VELMORA_ToolServiceWD";
+const char kTraceName[] = "somd";
+const uint32_t kStateNotSaved = 0x8000A007u;
+
+// A mutable copy of a request body for the library's scanners.
+struct Body {
+    explicit Body(const std::string& text) : text(text) {}
+    char* get() { return &text[0]; }
+    std::string text;
+};
+
+std::string Param(const std::string& body, const char* name) {
+    Body copy(body);
+    std::string value;
+    CSerializedMsg codec(kTraceName);
+    codec.getParam(copy.get(), name, value);
+    return value;
+}
+
+bool IsTrue(const std::string& value) { return value == "1" || value == qel::item::kTrue; }
+
+std::string Now() {
+    std::time_t now = std::time(nullptr);
+    struct tm parts;
+    localtime_r(&now, &parts);
+    char text[32];
+    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &parts);
+    return text;
+}
+
+// A list reply: header item, then one item per field of every record.
+template <class Record>
+std::string ListBody(const char* header, const std::vector<Record>& records) {
+    std::string out;
+    qel::item::AppendItem(out, qel::item::kTagClassArray, header, "");
+    IWbemClassObject target;
+    qel::ItemWriter writer(target, out);
+    for (const Record& record : records) qel::VisitFields(record, writer);
+    return out;
+}
+
+std::string LinesBody(const std::vector<std::string>& lines) {
+    std::string out;
+    if (lines.empty()) return out;  // no item: no lines
+    IWbemClassObject target;
+    target.SetStringArray(out, "Lines", lines);
+    return out;
+}
+
+std::string FakeHash(const std::string& text) {
+    char hex[40];
+    std::snprintf(hex, sizeof hex, "%016zx%016zx", std::hash<std::string>()(text),
+                  std::hash<std::string>()(text + "#"));
+    return hex;
+}
+
+void AppendConformityEntry(std::string& out, const std::string& provider,
+                           const CVelmora_DeviceInfo* device, const std::string& unique,
+                           const CVelmora_ManageModuleInfo& module,
+                           const CVelmora_ManageRepositoryInfo& entry) {
+    using namespace qel::item;
+    IWbemClassObject w;
+    w.SetString(out, "ProviderName", provider);
+    w.SetString(out, "VendorName", device != nullptr ? device->VendorName : "");
+    w.SetString(out, "UpdateModuleKind", module.ModuleKind);
+    AppendItem(out, kTagClass, "ModuleInfo", "");
+    w.SetString(out, "UniqueName", unique);
+    w.SetString(out, "DispName", entry.DisplayName);
+    w.SetString(out, "ModuleName", module.ModuleName);
+    AppendItem(out, kTagClass, "AttrInfo", "");
+    w.SetString(out, "HardwareVersion", entry.HardwareVersion);
+    w.SetString(out, "VendorVersion", entry.VendorVersion);
+    w.SetInt(out, "Priority", entry.Priority);
+    w.SetString(out, "ReqProviderVersion", entry.ReqProviderVersion);
+    AppendItem(out, kTagClass, "LinkInfo", "");
+    w.SetString(out, "RebootAfterPreUpdate", entry.RebootAfterPreUpdate);
+    w.SetString(out, "RebootAfterUpdate", entry.RebootAfterUpdate);
+    w.SetString(out, "RebootAfterRestore", entry.RebootAfterRestore);
+    w.SetBool(out, "Recovery", entry.Recovery);
+    AppendItem(out, kTagClassArray, "FileInfo", "");
+    for (const std::string& file : entry.ModuleFileName) {
+        w.SetString(out, "Kind", "module");
+        w.SetString(out, "Url", entry.ModulePath);
+        w.SetString(out, "PhysiName", file);
+        w.SetString(out, "Md5Hash", FakeHash(file));
+    }
+}
+
+}  // namespace
+
+SomService::SomService(Scenario scenario, std::string statePath)
+    : scenario_(std::move(scenario)), statePath_(std::move(statePath)) {
+    if (!statePath_.empty()) state_ = LoadState(statePath_);
+    if (state_.alive.empty()) state_.alive = scenario_.aliveDefaults;
+    byMethod_ = {
+        {"SetUpdatePriority", &SomService::SetUpdatePriority},
+        {"GetUpdatePlans", &SomService::GetUpdatePlans},
+        {"GetOperatingAuthority", &SomService::GetOperatingAuthority},
+        {"ReleaseOperatingAuthority", &SomService::ReleaseOperatingAuthority},
+        {"CheckUpdateModuleConformity", &SomService::CheckUpdateModuleConformity},
+        {"GetProviderManageInfo", &SomService::GetProviderManageInfo},
+        {"Reboot", &SomService::Relayed},
+        {"ExecuteUpdateApplyCheck", &SomService::Relayed},
+        {"RegisterUpdateModule", &SomService::Relayed},
+        {"SetDependencyInfo", &SomService::Relayed},
+        {"ExecuteUpdateRestore", &SomService::Relayed},
+        {"ExecutePreUpdate", &SomService::Relayed},
+        {"ExecuteUpdateBackup", &SomService::Relayed},
+        {"ExecuteUpdate", &SomService::Relayed},
+    };
+}
+
+Reply SomService::Handle(const Request& request) {
+    static const std::map<std::pair<std::string, std::string>, Handler> kByClassAndMethod = {
+        {{kUpdateManager, "SetAutoDownloadSetting"}, &SomService::SetAutoDownloadSetting},
+        {{kUpdateManager, "GetAutoDownloadSetting"}, &SomService::GetAutoDownloadSetting},
+        {{kUpdateManager, "SetAutoUpdateSetting"}, &SomService::SetAutoUpdateSetting},
+        {{kUpdateManager, "GetAutoUpdateSetting"}, &SomService::GetAutoUpdateSetting},
+        {{kUpdateManager, "DownloadAll"}, &SomService::DownloadAll},
+        {{kUpdateManager, "UpdateAll"}, &SomService::UpdateAll},
+        {{kUpdateManager, "RollbackAll"}, &SomService::RollbackAll},
+        {{kUpdateManager, "ExecuteReboot"}, &SomService::ExecuteReboot},
+        {{kLogManager, "CollectDownloadLog"}, &SomService::CollectDownloadLog},
+        {{kLogManager, "CollectResultLog"}, &SomService::CollectResultLog},
+        {{kLogManager, "CollectVersionUpLog"}, &SomService::CollectVersionUpLog},
+        {{kQelVersion, "CollectQelVersion"}, &SomService::CollectQelVersion},
+        {{kToolServiceWD, "AliveMonitorUpdateParameter"}, &SomService::AliveUpdate},
+        {{kToolServiceWD, "AliveMonitorClearParameter"}, &SomService::AliveClear},
+        {{kToolServiceWD, "AliveMonitorSetParameter"}, &SomService::AliveSet},
+        {{kToolServiceWD, "AliveMonitorGetParameter"}, &SomService::AliveGet},
+    };
+    auto fixed = kByClassAndMethod.find({request.className, request.method});
+    if (fixed != kByClassAndMethod.end()) return (this->*fixed->second)(request);
+    auto any = byMethod_.find(request.method);
+    if (any != byMethod_.end()) return (this->*any->second)(request);
+    return Reply{kUnknownMethod, ""};
+}
+
+State SomService::Snapshot() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return state_;
+}
+
+Reply SomService::Persisted(const std::function<uint32_t(State&)>& change) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    State next = state_;
+    const uint32_t code = change(next);
+    if (code != 0) return Reply{code, ""};
+    if (!statePath_.empty() && !SaveState(next, statePath_)) return Reply{kStateNotSaved, ""};
+    state_ = std::move(next);
+    return Reply{0, ""};
+}
+
+// --- Settings ------------------------------------------------------------------
+
+Reply SomService::SetAutoDownloadSetting(const Request& request) {
+    Body body(request.body);
+    CVELMORA_DownloadSchedule schedule;
+    CVELMORA_DownloadSetting setting;
+    CUpDownSchedule(kTraceName).toObject(body.get(), schedule, setting);
+    return Persisted([&](State& s) {
+        s.downloadSchedule = schedule;
+        s.downloadSetting = setting;
+        return 0u;
+    });
+}
+
+Reply SomService::GetAutoDownloadSetting(const Request&) {
+    State s = Snapshot();
+    Reply reply;
+    CUpDownSchedule(kTraceName).toString(s.downloadSetting, s.downloadSchedule, reply.body);
+    return reply;
+}
+
+Reply SomService::SetAutoUpdateSetting(const Request& request) {
+    Body body(request.body);
+    CVELMORA_UpdateSchedule schedule;
+    CUpDownSchedule(kTraceName).toObject(body.get(), schedule);
+    return Persisted([&](State& s) {
+        s.updateSchedule = schedule;
+        return 0u;
+    });
+}
+
+Reply SomService::GetAutoUpdateSetting(const Request&) {
+    State s = Snapshot();
+    Reply reply;
+    CUpDownSchedule(kTraceName).toString(s.updateSchedule, reply.body);
+    return reply;
+}
+
+Reply SomService::SetUpdatePriority(const Request& request) {
+    Body body(request.body);
+    CUpDownSchedule codec(kTraceName);
+    std::string scratch;
+    char* fields = codec.compareItem(body.get(), "Velmora_PriorityUpdateParam", scratch);
+    if (fields == nullptr || fields == body.get()) return Reply{kBadRequest, ""};
+    CVelmora_PriorityUpdateParam param;
+    codec.toObject(fields, param);
+    return Persisted([&](State& s) {
+        for (CVelmora_PriorityUpdateParam& existing : s.priorities) {
+            if (existing.DeviceID == param.DeviceID && existing.ModuleKind == param.ModuleKind) {
+                existing = param;
+                return 0u;
+            }
+        }
+        s.priorities.push_back(param);
+        return 0u;
+    });
+}
+
+// --- Plans and authority ---------------------------------------------------------------
+
+std::vector<CVELMORA_UpdatePlans> SomService::PlansFor(bool rollback) const {
+    std::vector<std::string> applied;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        applied = state_.appliedUpdates;
+    }
+    std::vector<CVELMORA_UpdatePlans> plans;
+    for (const CVELMORA_UpdatePlans& plan : scenario_.plans) {
+        bool isApplied = false;
+        for (const std::string& unique : applied) isApplied = isApplied || unique == plan.UniqueName;
+        if (isApplied != rollback) continue;
+        CVELMORA_UpdatePlans shown = plan;
+        if (rollback) std::swap(shown.CurrentVendorVersion, shown.NextVendorVersion);
+        plans.push_back(shown);
+    }
+    return plans;
+}
+
+Reply SomService::GetUpdatePlans(const Request& request) {
+    return Reply{0, ListBody("UpdatePlansList", PlansFor(IsTrue(Param(request.body, "Rollback"))))};
+}
+
+Reply SomService::GetOperatingAuthority(const Request& request) {
+    const std::string key = Param(request.body, "AppKey");
+    if (key.empty()) return Reply{kBadRequest, ""};
+    return Persisted([&](State& s) {
+        if (!s.authorityHolder.empty() && s.authorityHolder != key) return kAuthorityHeld;
+        s.authorityHolder = key;
+        return 0u;
+    });
+}
+
+Reply SomService::ReleaseOperatingAuthority(const Request& request) {
+    const std::string key = Param(request.body, "AppKey");
+    return Persisted([&](State& s) {
+        if (s.authorityHolder.empty()) return 0u;  // nothing to release
+        if (s.authorityHolder != key) return kNotAuthorityHolder;
+        s.authorityHolder.clear();
+        return 0u;
+    });
+}
+
+// --- Bulk runs -------------------------------------------------------------------------
+
+void SomService::WriteProcessStatus(const char* status, const char* type) {
+    const std::string path = CFileUtility::GetInstallPath(2) + "/ProcessStatus.ini";
+    const std::string temporary = path + ".tmp";
+    if (FILE* file = std::fopen(temporary.c_str(), "w")) {
+        std::fprintf(file, "[icon]\nstatus=%s\ntype=%s\n", status, type);
+        std::fclose(file);
+        std::rename(temporary.c_str(), path.c_str());
+    }
+}
+
+bool SomService::BeginBulk() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (bulkRunning_) return false;
+    bulkRunning_ = true;
+    return true;
+}
+
+void SomService::EndBulk() {
+    WriteProcessStatus("idle", "");
+    std::lock_guard<std::mutex> lock(mutex_);
+    bulkRunning_ = false;
+}
+
+void SomService::Work() {
+    std::this_thread::sleep_for(std::chrono::milliseconds(scenario_.workMilliseconds));
+}
+
+Reply SomService::DownloadAll(const Request& request) {
+    if (!BeginBulk()) return Reply{kBusy, ""};
+    WriteProcessStatus("download", "");
+    Work();
+    // The setting names the source; its passwords are never logged.
+    Body body(request.body);
+    IWbemClassObject sections;
+    CUpDownSchedule(kTraceName).String2IWbem(body.get(), sections);
+    std::string source = "the configured site";
+    if (IWbemClassObject* const* setting = sections.GetAs<IWbemClassObject*>("DownloadSetting")) {
+        if (const std::string* url = (*setting)->GetAs<std::string>("WebSiteUrl")) {
+            if (!url->empty()) source = *url;
+        }
+    }
+    const std::vector<CVELMORA_UpdatePlans> plans = PlansFor(false);
+    Reply reply = Persisted([&](State& s) {
+        if (plans.empty()) s.downloadLog.push_back(Now() + " nothing to download");
+        for (const CVELMORA_UpdatePlans& plan : plans) {
+            s.downloadLog.push_back(Now() + " downloaded " + plan.DisplayName + " " +
+                                    plan.NextVendorVersion + " from " + source);
+        }
+        return 0u;
+    });
+    EndBulk();
+    return reply;
+}
+
+Reply SomService::UpdateAll(const Request&) {
+    if (!BeginBulk()) return Reply{kBusy, ""};
+    WriteProcessStatus("update", "update");
+    Work();
+    const std::vector<CVELMORA_UpdatePlans> plans = PlansFor(false);
+    Reply reply = Persisted([&](State& s) {
+        if (plans.empty()) s.resultLog.push_back(Now() + " update: nothing to do");
+        for (const CVELMORA_UpdatePlans& plan : plans) {
+            s.versionLog.push_back({plan.ProviderName, Now(), plan.VendorName, plan.UniqueName,
+                                    plan.ModuleKind, plan.CurrentVendorVersion,
+                                    plan.NextVendorVersion});
+            s.resultLog.push_back(Now() + " updated " + plan.UniqueName + " " +
+                                  plan.CurrentVendorVersion + " -> " + plan.NextVendorVersion);
+            s.appliedUpdates.push_back(plan.UniqueName);
+        }
+        return 0u;
+    });
+    EndBulk();
+    if (reply.result == 0) {
+        reply.body = "long;Reboot;" + std::to_string(plans.empty() ? 0 : scenario_.rebootAfterUpdate) + ";";
+    }
+    return reply;
+}
+
+Reply SomService::RollbackAll(const Request&) {
+    if (!BeginBulk()) return Reply{kBusy, ""};
+    WriteProcessStatus("update", "rollback");
+    Work();
+    const std::vector<CVELMORA_UpdatePlans> plans = PlansFor(true);
+    Reply reply = Persisted([&](State& s) {
+        if (plans.empty()) s.resultLog.push_back(Now() + " rollback: nothing to do");
+        for (const CVELMORA_UpdatePlans& plan : plans) {
+            s.versionLog.push_back({plan.ProviderName, Now(), plan.VendorName, plan.UniqueName,
+                                    plan.ModuleKind, plan.CurrentVendorVersion,
+                                    plan.NextVendorVersion});
+            s.resultLog.push_back(Now() + " rolled back " + plan.UniqueName + " " +
+                                  plan.CurrentVendorVersion + " -> " + plan.NextVendorVersion);
+            for (auto it = s.appliedUpdates.begin(); it != s.appliedUpdates.end(); ++it) {
+                if (*it == plan.UniqueName) {
+                    s.appliedUpdates.erase(it);
+                    break;
+                }
+            }
+        }
+        return 0u;
+    });
+    EndBulk();
+    if (reply.result == 0) {
+        reply.body = "long;Reboot;" + std::to_string(plans.empty() ? 0 : scenario_.rebootAfterUpdate) + ";";
+    }
+    return reply;
+}
+
+Reply SomService::ExecuteReboot(const Request&) {
+    return Persisted([&](State& s) {
+        s.resultLog.push_back(Now() + " reboot requested");
+        return 0u;
+    });
+}
+
+Reply SomService::Relayed(const Request&) { return Reply{0, "long;ReturnValue;0;"}; }
+
+// --- Providers ------------------------------------------------------------------------
+
+Reply SomService::GetProviderManageInfo(const Request& request) {
+    Reply reply;
+    auto device = scenario_.deviceProviders.find(request.className);
+    if (device != scenario_.deviceProviders.end()) {
+        qel::pm::WritePlainText(device->second, reply.body);
+        return reply;
+    }
+    auto tool = scenario_.toolProviders.find(request.className);
+    if (tool != scenario_.toolProviders.end()) {
+        qel::pm::WritePlainText(tool->second, reply.body);
+        return reply;
+    }
+    return Reply{kUnknownMethod, ""};
+}
+
+Reply SomService::CheckUpdateModuleConformity(const Request& request) {
+    Reply reply;
+    qel::item::AppendItem(reply.body, qel::item::kTagClassArray, "UpdateModuleConformityList", "");
+    for (const auto& provider : scenario_.deviceProviders) {
+        if (provider.first != request.className && request.className != kUpdateManager) continue;
+        for (const CVelmora_DeviceInfo& device : provider.second.DeviceInfo) {
+            for (const CVelmora_ManageModuleInfo& module : device.ModuleInfo) {
+                for (const CVelmora_ManageRepositoryInfo& entry : module.RepositoryInfo) {
+                    AppendConformityEntry(reply.body, provider.second.ProviderName, &device,
+                                          device.UniqueName, module, entry);
+                }
+            }
+        }
+    }
+    return reply;
+}
+
+// --- Logs and versions --------------------------------------------------------------------
+
+Reply SomService::CollectDownloadLog(const Request&) {
+    return Reply{0, LinesBody(Snapshot().downloadLog)};
+}
+
+Reply SomService::CollectResultLog(const Request&) {
+    return Reply{0, LinesBody(Snapshot().resultLog)};
+}
+
+Reply SomService::CollectVersionUpLog(const Request&) {
+    return Reply{0, ListBody("VersionUpdateLogList", Snapshot().versionLog)};
+}
+
+Reply SomService::CollectQelVersion(const Request&) {
+    return Reply{0, ListBody("QelVersionInfoList", scenario_.versions)};
+}
+
+// --- Alive monitor --------------------------------------------------------------------------
+
+Reply SomService::AliveUpdate(const Request&) {
+    return Persisted([&](State& s) {
+        s.alive = scenario_.aliveDefaults;
+        return 0u;
+    });
+}
+
+Reply SomService::AliveClear(const Request&) {
+    return Persisted([&](State& s) {
+        s.alive.clear();
+        return 0u;
+    });
+}
+
+Reply SomService::AliveSet(const Request& request) {
+    const std::string name = Param(request.body, "Name");
+    const std::string value = Param(request.body, "Value");
+    if (name.empty()) return Reply{kBadRequest, ""};
+    return Persisted([&](State& s) {
+        AliveParameter& parameter = s.alive[name];
+        parameter.value = value;
+        return 0u;
+    });
+}
+
+Reply SomService::AliveGet(const Request& request) {
+    const std::string name = Param(request.body, "Name");
+    State s = Snapshot();
+    auto it = s.alive.find(name);
+    if (it == s.alive.end()) return Reply{kUnknownParameter, ""};
+    Reply reply;
+    IWbemClassObject w;
+    w.SetString(reply.body, "Value", it->second.value);
+    w.SetInt(reply.body, "Type", static_cast<int>(it->second.type));
+    return reply;
+}
+
+}  // namespace somd
