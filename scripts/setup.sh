@@ -4,8 +4,9 @@
 set -euo pipefail
 packages=(
   cmake ninja-build g++ pkg-config binutils
-  libboost-dev libinih-dev
-  libgtest-dev googletest libbenchmark-dev
+  libboost-dev libinih-dev nlohmann-json3-dev
+  libgtest-dev googletest libbenchmark-dev rapidjson-dev libpci-dev
+  clang libclang-rt-14-dev valgrind
   hwdata pci.ids
 )
 missing=()

@@ -1,17 +1,47 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds the project plainly and with
-# AddressSanitizer + UndefinedBehaviorSanitizer (LeakSanitizer included),
-# and runs every test in both builds.
+# Installs what is missing, then builds and runs every test:
+#   1. the plain build (ctest), with a valgrind memcheck of the codec and
+#      provider tests;
+#   2. AddressSanitizer + UndefinedBehaviorSanitizer (LeakSanitizer included);
+#   3. ThreadSanitizer on the concurrency tests against somd;
+#   4. every libFuzzer target briefly on its seed corpus (clang);
+#   5. the benchmarks once, as a smoke test (no timing is judged).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
 jobs=$(nproc)
 
+echo "== plain build"
 cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Debug >/dev/null
 cmake --build build -j "$jobs"
 (cd build && ctest --output-on-failure -j "$jobs")
+echo "== valgrind memcheck (codec and provider tests)"
+for t in codec_test provider_test records_test; do
+  valgrind --quiet --error-exitcode=1 --leak-check=full --errors-for-leak-kinds=definite,indirect \
+    "build/tests/$t" --gtest_brief=1
+done
 
+echo "== AddressSanitizer + UndefinedBehaviorSanitizer"
 cmake -S . -B build-asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DQELSOMIF_SANITIZE=ON >/dev/null
 cmake --build build-asan -j "$jobs"
 (cd build-asan && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
    UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j "$jobs")
+
+echo "== ThreadSanitizer (concurrency against somd)"
+cmake -S . -B build-tsan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DQELSOMIF_TSAN=ON >/dev/null
+cmake --build build-tsan -j "$jobs" --target reliability_test somd
+TSAN_OPTIONS=halt_on_error=1 build-tsan/tests/reliability_test --gtest_filter='Concurrency*'
+
+echo "== fuzz smoke (libFuzzer, clang)"
+cmake -S . -B build-fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  -DQELSOMIF_FUZZ=ON -DQELSOMIF_BUILD_TESTS=OFF >/dev/null
+cmake --build build-fuzz -j "$jobs"
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+for target in build-fuzz/fuzz/fuzz_*; do
+  name=${target##*/fuzz_}
+  mkdir -p "$scratch/$name"
+  "$target" -max_total_time=4 -rss_limit_mb=2048 -artifact_prefix="$scratch/$name-" \
+    "$scratch/$name" "fuzz/corpus/$name" 2>&1 | grep -E "^Done|ERROR" || true
+  if ls "$scratch/$name-"* >/dev/null 2>&1; then echo "fuzz_$name found a crash"; exit 1; fi
+done

@@ -228,3 +228,35 @@ TEST_F(ExchangeTest, FailedExchangesGiveTheirCodesAndAnEmptyText) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(ExchangeTest, OversizedRepliesRestartsAndTenThousandExchanges) {
+    {
+        FakeSomService service(root);
+        service.Push(Action::Answer(std::string(5 * 1024 * 1024, 'x')));
+        CSomIf som("big");
+        std::string body;
+        EXPECT_EQ(som.TransMessage("M", "C", body), 0);
+        EXPECT_EQ(body.size(), 0x400000u - 1);  // cut at the 4 MiB buffer, the rest drained
+    }
+    {
+        // The service restarts between two calls on one object.
+        FakeSomService service(root);
+        CSomIf som("restart");
+        std::string body;
+        EXPECT_EQ(som.TransMessage("M", "C", body), 0);
+        service.Stop();
+        EXPECT_EQ(som.TransMessage("M", "C", body), static_cast<int>(0x80081001u));
+    }
+    FakeSomService again(root);
+    CSomIf som("many");
+    const int descriptors = qel_test::OpenDescriptorCount();
+    for (int i = 0; i < 10000; ++i) {
+        ASSERT_EQ(som.TransMessage("M", "C", nullptr), 0) << i;
+    }
+    again.WaitForIdle();
+    EXPECT_EQ(qel_test::OpenDescriptorCount(), descriptors);
+}
+
+}  // namespace
