@@ -27,6 +27,11 @@
 #include "QelExport.h"
 #include "QelTypes.h"
 
+namespace qel {
+class ItemIndex;
+class IndexScope;
+}  // namespace qel
+
 class QEL_SOMIF_API CSerializedMsg {
 public:
     explicit CSerializedMsg(std::string traceName);
@@ -103,7 +108,12 @@ protected:
     const std::string& traceName() const { return traceName_; }
 
 private:
+    friend class qel::IndexScope;
+
     std::string traceName_;
+    // While a reader runs over one text: an index of its items by name that
+    // the forward searches use (see src/codec/item_index.h).
+    const qel::ItemIndex* m_searchIndex = nullptr;
 };
 
 #endif  // QEL_CSERIALIZEDMSG_H

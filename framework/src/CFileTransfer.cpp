@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <memory>
 
 #include "CFileUtility.h"
 
@@ -122,16 +123,21 @@ ssize_t ReadSome(int fd, char* data, std::size_t size, const Deadline& deadline)
     }
 }
 
-// Copies what fits into the caller's buffer and counts what was dropped.
+// Receives into the caller's buffer while it has room (no copy) and into a
+// drain area after that; what does not fit is dropped.
 class ReplySink {
 public:
     ReplySink(char* buffer, int bufferSize)
         : buffer_(buffer), capacity_(static_cast<std::size_t>(bufferSize - 1)) {}
-    void Append(const char* data, std::size_t size) {
+    // Reads up to `want` bytes; the result of ReadSome. `*data` points at them.
+    ssize_t Receive(int fd, std::size_t want, const Deadline& deadline, const char** data) {
         std::size_t room = capacity_ - stored_;
-        std::size_t take = size < room ? size : room;
-        std::memcpy(buffer_ + stored_, data, take);
-        stored_ += take;
+        char* target = room > 0 ? buffer_ + stored_ : drain_;
+        std::size_t limit = room > 0 ? room : sizeof drain_;
+        ssize_t n = ReadSome(fd, target, want < limit ? want : limit, deadline);
+        if (n > 0 && room > 0) stored_ += static_cast<std::size_t>(n);
+        *data = target;
+        return n;
     }
     int Finish() {
         buffer_[stored_] = '\0';
@@ -142,6 +148,7 @@ private:
     char* buffer_;
     std::size_t capacity_;
     std::size_t stored_ = 0;
+    char drain_[64 * 1024];
 };
 
 }  // namespace
@@ -205,8 +212,7 @@ int CFileTransfer::RecvMessage(char* buffer, int bufferSize, int headerLength) {
         return -1;
     }
     const Deadline deadline(timeoutSeconds_);
-    ReplySink sink(buffer, bufferSize);
-    char chunk[64 * 1024];
+    std::unique_ptr<ReplySink> sink(new ReplySink(buffer, bufferSize));
 
     // The header, keeping its last 8 characters: the body-length field.
     const std::size_t header = headerLength > 0 ? static_cast<std::size_t>(headerLength) : 0;
@@ -214,18 +220,17 @@ int CFileTransfer::RecvMessage(char* buffer, int bufferSize, int headerLength) {
     std::size_t lengthFieldFill = 0;
     std::size_t got = 0;
     while (got < header) {
-        std::size_t want = header - got < sizeof chunk ? header - got : sizeof chunk;
-        ssize_t n = ReadSome(fd_, chunk, want, deadline);
+        const char* data = nullptr;
+        ssize_t n = sink->Receive(fd_, header - got, deadline, &data);
         if (n <= 0) {
             CloseConnection();
             buffer[0] = '\0';
             return -1;
         }
-        sink.Append(chunk, static_cast<std::size_t>(n));
         for (ssize_t i = 0; i < n; ++i) {
             std::size_t at = got + static_cast<std::size_t>(i);
             if (header >= kLengthFieldWidth && at >= header - kLengthFieldWidth) {
-                lengthField[lengthFieldFill++] = chunk[i];
+                lengthField[lengthFieldFill++] = data[i];
             }
         }
         got += static_cast<std::size_t>(n);
@@ -235,23 +240,26 @@ int CFileTransfer::RecvMessage(char* buffer, int bufferSize, int headerLength) {
     bool knownLength = lengthFieldFill == kLengthFieldWidth;
     unsigned long long remaining = 0;
     for (std::size_t i = 0; knownLength && i < kLengthFieldWidth; ++i) {
-        if (lengthField[i] < '0' || lengthField[i] > '9') knownLength = false;
-        remaining = remaining * 10 + static_cast<unsigned>(lengthField[i] - '0');
+        if (lengthField[i] < '0' || lengthField[i] > '9') {
+            knownLength = false;
+        } else {
+            remaining = remaining * 10 + static_cast<unsigned>(lengthField[i] - '0');
+        }
     }
     bool failed = false;
     while (!knownLength || remaining > 0) {
-        std::size_t want = sizeof chunk;
+        std::size_t want = 1 << 20;
         if (knownLength && remaining < want) want = static_cast<std::size_t>(remaining);
-        ssize_t n = ReadSome(fd_, chunk, want, deadline);
+        const char* data = nullptr;
+        ssize_t n = sink->Receive(fd_, want, deadline, &data);
         if (n == 0) break;  // the service closed: keep what came
         if (n < 0) {
             failed = true;
             break;
         }
-        sink.Append(chunk, static_cast<std::size_t>(n));
         if (knownLength) remaining -= static_cast<unsigned long long>(n);
     }
     CloseConnection();
-    int stored = sink.Finish();
+    int stored = sink->Finish();
     return failed ? -1 : stored;
 }

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "CSerializedMsg.h"
+#include "item_index.h"
 #include "item_view.h"
 
 namespace {
@@ -110,6 +111,13 @@ char* CSerializedMsg::compareItem(char* pos, const std::string& prefix, const ch
 bool CSerializedMsg::compareItem2(char* pos, const char* key, std::string& value) {
     if (pos == nullptr) return false;
     const qel::KeyMatch match = qel::PathKey(key);
+    std::size_t index = 0;
+    if (m_searchIndex != nullptr && m_searchIndex->Locate(pos, &index)) {
+        const qel::ItemView* item = m_searchIndex->Find(index, match);
+        if (item == nullptr) return false;
+        value = item->Value();
+        return true;
+    }
     while (*pos != '\0') {
         qel::ItemView item;
         qel::ScanItem(pos, item);
@@ -125,6 +133,16 @@ bool CSerializedMsg::compareItem2(char* pos, const char* key, std::string& value
 
 char* CSerializedMsg::getParam(char* pos, const char* key, std::string& value) {
     const qel::KeyMatch match = qel::ExactKey(key);
+    std::size_t index = 0;
+    if (pos != nullptr && m_searchIndex != nullptr && m_searchIndex->Locate(pos, &index)) {
+        const qel::ItemView* item = m_searchIndex->Find(index, match);
+        if (item == nullptr) {
+            value.clear();
+            return nullptr;
+        }
+        value = item->Value();
+        return item->next;
+    }
     while (pos != nullptr) {
         qel::ItemView item;
         qel::ScanItem(pos, item);

@@ -9,6 +9,7 @@
 #include "CStringUtil.h"
 #include "CTraceUtility.h"
 #include "common/trace.h"
+#include "device_namer.h"
 #include "discovery_paths.h"
 
 namespace {
@@ -16,17 +17,6 @@ namespace {
 using namespace qel::discovery;
 
 bool IsLineEnd(char c) { return c == '\n' || c == '\r'; }
-
-// Closes the database and frees the getline buffer on every way out.
-struct LineReader {
-    FILE* file = nullptr;
-    char* line = nullptr;
-    size_t capacity = 0;
-    ~LineReader() {
-        std::free(line);
-        if (file != nullptr) std::fclose(file);
-    }
-};
 
 }  // namespace
 
@@ -44,12 +34,7 @@ bool CSomIf::readDeviceInfo(std::list<std::string>& devices) {
 }
 
 std::string CSomIf::GetVendorName(std::string line) {
-    std::string::size_type end = line.find_first_of("\r\n");
-    if (end == std::string::npos) end = line.size();
-    std::string::size_type blank = line.find(' ');
-    std::string::size_type start = blank == std::string::npos ? 0 : blank + 2;
-    if (start >= end) return std::string();
-    return line.substr(start, end - start);
+    return qel::PciDatabase::VendorName(line.data(), line.size());
 }
 
 bool CSomIf::FindDeviceId(const char* deviceId, FILE* file, char*& line, size_t* capacity) {
@@ -71,8 +56,21 @@ bool CSomIf::FindDeviceId(const char* deviceId, FILE* file, char*& line, size_t*
     }
 }
 
-void CSomIf::GetDeviceName(CVelmora_DeviceInfo& device) {
-    qel::TraceEnter(m_traceName, qel::sig::kGetDeviceName, device.DeviceId);
+namespace qel {
+namespace discovery {
+
+PciDatabase* DeviceNamer::Database() {
+    if (!loaded_) {
+        loaded_ = true;
+        path_ = CFileUtility::SystemPath(kPciIdsFile);
+        db_ = PciDatabase::Load(path_, &error_);
+        if (db_ != nullptr && batch_) db_->BuildIndex();
+    }
+    return db_.get();
+}
+
+void DeviceNamer::Name(CVelmora_DeviceInfo& device) {
+    TraceEnter(traceName_, sig::kGetDeviceName, device.DeviceId);
     const std::string& id = device.DeviceId;
     if (id.find('-') == std::string::npos) {
         device.DeviceName = id == kBmcId ? kBmcName : kFirmwareName;
@@ -81,28 +79,23 @@ void CSomIf::GetDeviceName(CVelmora_DeviceInfo& device) {
     }
     // An identifier too short to hold both numbers is not looked up.
     if (id.size() < kMinimumIdLength) return;
-    const std::string vendor = CStringUtil::StringToLowerCase(id.substr(kVendorOffset, kIdDigits));
-    const std::string deviceNumber =
-        CStringUtil::StringToLowerCase(id.substr(kDeviceOffset, kIdDigits));
-
-    const std::string path = CFileUtility::SystemPath(kPciIdsFile);
-    LineReader reader;
-    reader.file = std::fopen(path.c_str(), "r");
-    if (reader.file == nullptr) {
-        const int error = errno;
-        CTraceUtility::WriteDebug(m_traceName, qel::kLevelError, QEL_OPEN_FAILED_LINE,
-                                  qel::sig::kGetDeviceName, path.c_str(), error);
+    PciDatabase* db = Database();
+    if (db == nullptr) {
+        CTraceUtility::WriteDebug(traceName_, kLevelError, QEL_OPEN_FAILED_LINE,
+                                  sig::kGetDeviceName, path_.c_str(), error_);
         return;
     }
-    while (getline(&reader.line, &reader.capacity, reader.file) > 0) {
-        const char first = reader.line[0];
-        if (first == '\t' || IsLineEnd(first) || first == '#') continue;
-        if (std::strncmp(reader.line, vendor.c_str(), kIdDigits) != 0) continue;
-        device.DeviceVendorName = GetVendorName(reader.line);
-        if (FindDeviceId(deviceNumber.c_str(), reader.file, reader.line, &reader.capacity)) {
-            device.DeviceName = reader.line;
-            break;
-        }
-    }
-    qel::TraceLeave(m_traceName, qel::sig::kGetDeviceName);
+    const PciDatabase::Result found =
+        db->Lookup(CStringUtil::StringToLowerCase(id.substr(kVendorOffset, kIdDigits)),
+                   CStringUtil::StringToLowerCase(id.substr(kDeviceOffset, kIdDigits)));
+    if (found.vendorFound) device.DeviceVendorName = found.vendorName;
+    if (found.deviceFound) device.DeviceName = found.deviceName;
+    TraceLeave(traceName_, sig::kGetDeviceName);
+}
+
+}  // namespace discovery
+}  // namespace qel
+
+void CSomIf::GetDeviceName(CVelmora_DeviceInfo& device) {
+    qel::discovery::DeviceNamer(m_traceName, /*batch=*/false).Name(device);
 }

@@ -9,6 +9,7 @@
 #include "common/trace.h"
 #include "provider_fields.h"
 #include "provider_signatures.h"
+#include "codec/item_index.h"
 #include "codec/item_view.h"
 
 namespace {
@@ -68,6 +69,7 @@ int ToInt(const std::string& value) { return static_cast<int>(qel::ParseDecimal(
 
 void CProviderManageInfo::toObject(char* text, IWbemClassObject& out) {
     qel::TraceEnter(m_traceName, qel::sig::kToObjectTree);
+    qel::IndexScope index(*this, text);
     std::string ignored;
     m_isDevice = true;
     char* pos = getParam(text, kDevProvider, ignored);

@@ -4,6 +4,7 @@
 
 #include "CUpDownSchedule.h"
 #include "common/trace.h"
+#include "codec/item_index.h"
 #include "codec/item_view.h"
 #include "schedule_signatures.h"
 
@@ -297,6 +298,7 @@ bool ReadConformityEntries(CUpDownSchedule& codec, char* p, ObjectList& list) {
 
 void CUpDownSchedule::toObject2(char* pos, IWbemClassObject& obj) {
     qel::TraceEnter(m_traceName, qel::sig::kToObject2);
+    qel::IndexScope index(*this, pos);
     std::string value;
     char* p = getParam(pos, kConformityList, value);
     if (p == nullptr) return;
@@ -310,6 +312,7 @@ void CUpDownSchedule::toObject2(char* pos, IWbemClassObject& obj) {
 
 void CUpDownSchedule::toObject(char* pos, IWbemClassObject& obj) {
     qel::TraceEnter(m_traceName, qel::sig::kToObjectInput);
+    qel::IndexScope index(*this, pos);
     std::string value;
     char* p = getParam(pos, kAppKey, value);
     if (p == nullptr) return;

@@ -7,6 +7,7 @@
 #include "CUpDownSchedule.h"
 #include "common/trace.h"
 #include "codec/codec_signatures.h"
+#include "codec/item_index.h"
 #include "codec/item_view.h"
 #include "schedule_signatures.h"
 
@@ -44,6 +45,7 @@ struct ListGuard {
 }  // namespace
 
 void CUpDownSchedule::String2UpdatePlans(char* pos, IWbemClassObject& obj) {
+    qel::IndexScope index(*this, pos);
     std::string type, name, value;
     char* p = getItem(pos, type, name, value);
     if (p == nullptr || type != qel::item::kTagClassArray) return;
@@ -75,6 +77,7 @@ void CUpDownSchedule::String2UpdatePlans(char* pos, IWbemClassObject& obj) {
 
 void CUpDownSchedule::String2RegisterUpdateModule(char* pos, IWbemClassObject& obj) {
     qel::TraceEnter(m_traceName, qel::sig::kString2RegisterUpdateModule);
+    qel::IndexScope index(*this, pos);
     std::string value;
     char* p = getParam(pos, kAppKey, value);
     if (p == nullptr) return;

@@ -4,6 +4,7 @@
 #include "CProviderManageInfo.h"
 #include "CSomIf.h"
 #include "common/trace.h"
+#include "discovery/device_namer.h"
 #include "somif_signatures.h"
 #include "wire.h"
 
@@ -46,7 +47,10 @@ HRESULT CSomIf::GetProviderManageInfo(std::string className, CVelmora_DevProvide
     qel::TraceEnter(m_traceName, qel::sig::kGetProviderManageInfoDev, className);
     info.DeviceInfo.clear();
     int rc = Query(*this, className, info);
-    for (CVelmora_DeviceInfo& device : info.DeviceInfo) GetDeviceName(device);
+    // Every device named with GetDeviceName's rules and traces, the database
+    // read once for all of them.
+    qel::discovery::DeviceNamer namer(m_traceName, /*batch=*/info.DeviceInfo.size() > 1);
+    for (CVelmora_DeviceInfo& device : info.DeviceInfo) namer.Name(device);
     qel::TraceLeave(m_traceName, qel::sig::kGetProviderManageInfoDev, rc, qel::RcForm::kSigned32);
     return qel::ZeroExtend(rc);
 }

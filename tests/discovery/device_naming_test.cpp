@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <fstream>
+
 #include "CSomIf.h"
 #include "support/temp_sysroot.h"
 #include "support/trace_recorder.h"
@@ -132,6 +134,53 @@ TEST_F(DeviceNamingTest, Inventory) {
     root.WriteFile(kInventory, "");
     EXPECT_TRUE(som.readDeviceInfo(devices));
     EXPECT_EQ(devices.size(), 4u);
+}
+
+}  // namespace
+
+#include "discovery/device_namer.h"
+
+namespace {
+
+// Naming many devices over one indexed database gives what one lookup at a
+// time gives, traces included, on the real database and on tricky ones.
+TEST_F(DeviceNamingTest, BatchNamingMatchesSingleLookups) {
+    qel_test::MakeDirectories(root.Path("/usr/share/hwdata"));
+    ASSERT_EQ(symlink("/usr/share/hwdata/pci.ids", root.Path(kDatabase).c_str()), 0);
+    std::vector<std::string> ids = {"PCIROOT-8086-10FB-0000", "PCIROOT-8086-FFFF-0000",
+                                    "PCIROOT-ffff-10FB-0000", "Bmc", "PCI-1", "x-y",
+                                    "PCIROOT-10DE-1EB8-0002", "PCIROOT-14e4-1657-0001"};
+    std::ifstream db("/usr/share/hwdata/pci.ids");
+    std::string line, vendor;
+    for (int n = 0; std::getline(db, line) && ids.size() < 120; ++n) {
+        if (line.size() > 6 && line[0] != '\t' && line[0] != '#') vendor = line.substr(0, 4);
+        if (n % 37 == 0 && line.size() > 6 && line[0] == '\t' && line[1] != '\t') {
+            ids.push_back("PCIROOT-" + vendor + "-" + line.substr(1, 4) + "-00");
+        }
+    }
+    for (const char* database : {"real", kSmallDatabase}) {
+        if (std::string(database) != "real") {
+            root.RemoveFile(kDatabase);
+            root.WriteFile(kDatabase, database);
+        }
+        qel_test::TraceRecorder single;
+        std::vector<CVelmora_DeviceInfo> one;
+        for (const std::string& id : ids) one.push_back(Named(id));
+        const std::vector<std::string> singleTraces = single.Texts();
+        single.Clear();
+        qel::discovery::DeviceNamer namer("naming", /*batch=*/true);
+        for (std::size_t i = 0; i < ids.size(); ++i) {
+            CVelmora_DeviceInfo device;
+            device.VendorName = "Provider Vendor";
+            device.DeviceId = ids[i];
+            device.DeviceName = "old name";
+            device.DeviceVendorName = "old vendor";
+            namer.Name(device);
+            ASSERT_EQ(device.DeviceName, one[i].DeviceName) << ids[i];
+            ASSERT_EQ(device.DeviceVendorName, one[i].DeviceVendorName) << ids[i];
+        }
+        EXPECT_EQ(single.Texts(), singleTraces);
+    }
 }
 
 }  // namespace

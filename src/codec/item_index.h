@@ -1,0 +1,70 @@
+// An index of the items of one text by name, so that forward searches
+// (getParam, compareItem2) cost a lookup instead of a scan.
+//
+// The forward-searching readers search again and again from positions of
+// one text; each search walks the items from its position to the first
+// match or the end, so a field that is missing makes a scan to the end of
+// the text, and a reader doing that per element is quadratic. The index is
+// built once per text (one pass over the item chain that starts at the
+// text's beginning) and answers "the first item named N at or after item i"
+// with a binary search. It answers only for positions on that chain; any
+// other position falls back to the scan, so results never differ.
+#ifndef QEL_SRC_CODEC_ITEM_INDEX_H
+#define QEL_SRC_CODEC_ITEM_INDEX_H
+
+#include <cstdint>
+#include <vector>
+
+#include "item_view.h"
+
+class CSerializedMsg;
+
+namespace qel {
+
+class ItemIndex {
+public:
+    explicit ItemIndex(char* text);
+
+    // Whether `pos` starts an item of the chain (or is where the chain
+    // ends); `*index` is then that item's number.
+    bool Locate(const char* pos, std::size_t* index) const;
+
+    // The first item numbered `index` or later whose name is `key`, or null.
+    const ItemView* Find(std::size_t index, const KeyMatch& key) const;
+
+    std::size_t size() const { return items_.size(); }
+
+private:
+    struct Bucket {
+        const char* name = nullptr;
+        std::size_t length = 0;
+        std::vector<uint32_t> items;  // item numbers, ascending
+    };
+    const Bucket* Lookup(const char* name, std::size_t length) const;
+    Bucket& Insert(const char* name, std::size_t length);
+
+    std::vector<ItemView> items_;
+    std::vector<const char*> starts_;  // item starts, then the chain's end
+    std::vector<Bucket> buckets_;      // open addressing, a power of two
+};
+
+// Makes a codec's forward searches use an index of `text` while it lives.
+class IndexScope {
+public:
+    IndexScope(CSerializedMsg& codec, char* text);
+    ~IndexScope();
+    IndexScope(const IndexScope&) = delete;
+    IndexScope& operator=(const IndexScope&) = delete;
+
+private:
+    CSerializedMsg& codec_;
+    const ItemIndex* previous_;
+    ItemIndex* index_ = nullptr;
+};
+
+// Turns indexing off (for comparisons with plain scanning) or on again.
+void SetItemIndexEnabled(bool enabled);
+
+}  // namespace qel
+
+#endif  // QEL_SRC_CODEC_ITEM_INDEX_H
