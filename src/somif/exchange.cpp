@@ -24,6 +24,28 @@ std::unique_ptr<char[]> ReceiveBuffer(unsigned long size) {
 // stops at the first non-digit, so at the ";" that closes the item).
 long NumberAt(const char* text) { return std::strtol(text, nullptr, 10); }
 
+// The number of the first "long;ReturnValue;" item of a reply's body, the
+// body starting at the reply's own header length (its first 8 characters).
+// Works on the received bytes in place: a 4 MiB reply is neither copied nor
+// searched character by character.
+HRESULT ReturnValueIn(const char* reply, std::size_t length) {
+    char field[qel::wire::kFieldWidth + 1] = {0};
+    std::memcpy(field, reply, length < sizeof field - 1 ? length : sizeof field - 1);
+    const long headerLength = NumberAt(field);
+    if (headerLength < 0 || static_cast<std::size_t>(headerLength) >= length) return 0;
+    const std::size_t itemLength = std::strlen(qel::wire::kReturnValueItem);
+    const void* item = memmem(reply + headerLength, length - headerLength,
+                              qel::wire::kReturnValueItem, itemLength);
+    return item == nullptr ? 0 : NumberAt(static_cast<const char*>(item) + itemLength);
+}
+
+HRESULT TracedReturnValue(const std::string& traceName, const char* reply, std::size_t length) {
+    qel::TraceEnter(traceName, qel::sig::kGetReturnValue);
+    const HRESULT value = ReturnValueIn(reply, length);
+    qel::TraceLeave(traceName, qel::sig::kGetReturnValue, value, qel::RcForm::kSigned64);
+    return value;
+}
+
 }  // namespace
 
 int CSomIf::TransMessage(const char* func, std::string className, std::string& body, char* buffer,
@@ -68,24 +90,15 @@ HRESULT CSomIf::getResult(int headerLength, const char* reply) {
         unsigned long parsed = 0;
         if (std::sscanf(field, "%lx", &parsed) == 1) value = static_cast<HRESULT>(parsed);
     }
-    if (value == 0 && reply != nullptr) value = GetReturnValue(reply);
+    if (value == 0 && reply != nullptr) {
+        value = TracedReturnValue(m_traceName, reply, std::strlen(reply));
+    }
     qel::TraceLeave(m_traceName, qel::sig::kGetResult, value, qel::RcForm::kSigned32);
     return value;
 }
 
 HRESULT CSomIf::GetReturnValue(std::string reply) {
-    qel::TraceEnter(m_traceName, qel::sig::kGetReturnValue);
-    HRESULT value = 0;
-    const long headerLength = NumberAt(reply.substr(0, qel::wire::kFieldWidth).c_str());
-    if (headerLength >= 0 && static_cast<unsigned long>(headerLength) < reply.size()) {
-        std::string::size_type item =
-            reply.find(qel::wire::kReturnValueItem, static_cast<std::size_t>(headerLength));
-        if (item != std::string::npos) {
-            value = NumberAt(reply.c_str() + item + std::strlen(qel::wire::kReturnValueItem));
-        }
-    }
-    qel::TraceLeave(m_traceName, qel::sig::kGetReturnValue, value, qel::RcForm::kSigned64);
-    return value;
+    return TracedReturnValue(m_traceName, reply.data(), reply.size());
 }
 
 unsigned int CSomIf::getSpecificPos(std::string reply) {
