@@ -45,3 +45,8 @@ for target in build-fuzz/fuzz/fuzz_*; do
     "$scratch/$name" "fuzz/corpus/$name" 2>&1 | grep -E "^Done|ERROR" || true
   if ls "$scratch/$name-"* >/dev/null 2>&1; then echo "fuzz_$name found a crash"; exit 1; fi
 done
+
+echo "== benchmark smoke (one short pass; no timing is judged)"
+build/bench/qel_bench --benchmark_min_time=0.001 \
+  --benchmark_filter='/65536$|Schedule|Exchange_Small|Naming_Batched|Naming_Libpci' >/dev/null
+echo "all stages passed"
