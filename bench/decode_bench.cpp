@@ -19,7 +19,7 @@
 
 namespace {
 
-const int64_t kSizes[] = {64 << 10, 1 << 20, 4 << 20};
+const int64_t kSizes[] = {64 << 10, 1 << 20, 2 << 20, 4 << 20};
 
 // Bodies are generated once per size and kept.
 template <class Make>
@@ -123,6 +123,16 @@ void StringArray_RapidJsonDom(benchmark::State& state) {
             doc.Parse(text);
             benchmark::DoNotOptimize(doc.Size());
         });
+}
+
+// The base decoder over the provider text: the yardstick of the tree reader.
+void Provider_String2IWbem(benchmark::State& state) {
+    CSerializedMsg codec("bench");
+    Run(state, ProviderText(state.range(0)), [&](char* text) {
+        IWbemClassObject obj;
+        codec.String2IWbem(text, obj);
+        benchmark::DoNotOptimize(obj.size());
+    });
 }
 
 void Provider_RecordReader(benchmark::State& state) {
@@ -316,6 +326,7 @@ BENCHMARK(Generic_RapidJsonDom)->Apply(Sizes);
 BENCHMARK(Generic_Nlohmann)->Apply(Sizes);
 BENCHMARK(StringArray2Array)->Apply(Sizes);
 BENCHMARK(StringArray_RapidJsonDom)->Apply(Sizes);
+BENCHMARK(Provider_String2IWbem)->Apply(Sizes);
 BENCHMARK(Provider_RecordReader)->Apply(Sizes);
 BENCHMARK(Provider_TreeReader)->Apply(Sizes);
 BENCHMARK(Provider_TreeReaderTraced)->Apply(Sizes);

@@ -85,6 +85,10 @@ const ItemIndex::Bucket* ItemIndex::Lookup(const char* name, std::size_t length)
 }
 
 bool ItemIndex::Locate(const char* pos, std::size_t* index) const {
+    if (pos == lastNext_ && pos != nullptr) {
+        *index = lastNextIndex_;
+        return true;
+    }
     auto it = std::lower_bound(starts_.begin(), starts_.end(), pos);
     if (it == starts_.end() || *it != pos) return false;
     *index = static_cast<std::size_t>(it - starts_.begin());
@@ -94,9 +98,28 @@ bool ItemIndex::Locate(const char* pos, std::size_t* index) const {
 const ItemView* ItemIndex::Find(std::size_t index, const KeyMatch& key) const {
     const Bucket* bucket = Lookup(key.text, key.length);
     if (bucket == nullptr) return nullptr;
-    auto it = std::lower_bound(bucket->items.begin(), bucket->items.end(),
-                               static_cast<uint32_t>(index));
-    return it == bucket->items.end() ? nullptr : &items_[*it];
+    const std::vector<uint32_t>& list = bucket->items;
+    const uint32_t wanted = static_cast<uint32_t>(index);
+    // Gallop forward from where this name's last search ended; search the
+    // front part only when the wanted item lies before it.
+    std::size_t low = 0;
+    std::size_t high = list.size();
+    std::size_t hint = bucket->hint < list.size() ? bucket->hint : list.size();
+    if (hint == 0 || list[hint - 1] < wanted) {
+        low = hint;
+        std::size_t step = 1;
+        while (low + step < list.size() && list[low + step] < wanted) step *= 2;
+        high = std::min(list.size(), low + step + 1);
+    } else {
+        high = hint;
+    }
+    auto it = std::lower_bound(list.begin() + low, list.begin() + high, wanted);
+    bucket->hint = static_cast<std::size_t>(it - list.begin());
+    if (it == list.end()) return nullptr;
+    const ItemView* item = &items_[*it];
+    lastNext_ = item->next;
+    lastNextIndex_ = *it + 1;
+    return item;
 }
 
 IndexScope::IndexScope(CSerializedMsg& codec, char* text)

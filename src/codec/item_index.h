@@ -39,6 +39,7 @@ private:
         const char* name = nullptr;
         std::size_t length = 0;
         std::vector<uint32_t> items;  // item numbers, ascending
+        mutable std::size_t hint = 0;  // where the last search of this name ended
     };
     const Bucket* Lookup(const char* name, std::size_t length) const;
     Bucket& Insert(const char* name, std::size_t length);
@@ -46,6 +47,10 @@ private:
     std::vector<ItemView> items_;
     std::vector<const char*> starts_;  // item starts, then the chain's end
     std::vector<Bucket> buckets_;      // open addressing, a power of two
+    // Readers mostly search on from just after the item found last: that
+    // position is remembered, and each name's search starts where it ended.
+    mutable const char* lastNext_ = nullptr;
+    mutable std::size_t lastNextIndex_ = 0;
 };
 
 // Makes a codec's forward searches use an index of `text` while it lives.

@@ -43,24 +43,28 @@ private:
 
 // Reads items one at a time from `pos` and keeps those whose names the
 // dispatcher accepts, in any order; stops at the first other name (not
-// consumed) or at the end of the text (null).
+// consumed) or at the end of the text (null). Nothing is copied for an item
+// that is not taken.
 template <class Accept>
-char* ReadConsecutive(CSerializedMsg& codec, char* pos, Accept accept) {
+char* ReadConsecutive(char* pos, Accept accept) {
     while (pos != nullptr) {
-        std::string type, name, value;
-        char* next = codec.getItem(pos, type, name, value);
-        if (next == nullptr) return nullptr;
-        if (!accept(name, value)) return pos;
-        pos = next;
+        qel::ItemView item;
+        qel::ScanItem(pos, item);
+        if (!item.complete()) return nullptr;
+        if (!accept(item)) return pos;
+        pos = item.next;
     }
     return nullptr;
 }
 
-bool IsOneOf(const std::string& name, std::initializer_list<const char*> names) {
+// The index of `item`'s name in `names`, or -1.
+int NameIndex(const qel::ItemView& item, std::initializer_list<const char*> names) {
+    int i = 0;
     for (const char* candidate : names) {
-        if (name == candidate) return true;
+        if (item.NameEquals(candidate, std::strlen(candidate))) return i;
+        ++i;
     }
-    return false;
+    return -1;
 }
 
 int ToInt(const std::string& value) { return static_cast<int>(qel::ParseDecimal(value)); }
@@ -164,14 +168,16 @@ char* CProviderManageInfo::setModuleInfo(char* pos, IWbemClassObject& owner) {
         if (cur == nullptr) return c;
         IWbemClassObject& element = list.NewElement();
         element.push(kModuleKind, value);
-        if (compareItem2(cur, kModuleName, value)) {
+        // Each field searched from the current position; found, the reading
+        // goes on after it (one forward search gives both).
+        if (char* next = getParam(cur, kModuleName, value)) {
             element.push(kModuleName, value);
-            cur = getParam(cur, kModuleName, value);
+            cur = next;
         }
         for (const char* name : {kUpdatePriority, kUpdateStatus, kUpdateProgress}) {
-            if (compareItem2(cur, name, value)) {
+            if (char* next = getParam(cur, name, value)) {
                 element.push(name, ToInt(value));
-                cur = getParam(cur, name, value);
+                cur = next;
             }
         }
         c = setRepositoryInfo(cur, element);
@@ -189,16 +195,16 @@ char* CProviderManageInfo::setRepositoryInfo(char* pos, IWbemClassObject& module
         if (cur == nullptr) return c;
         IWbemClassObject& element = list.NewElement();
         element.push(kApplyKind, value);
-        cur = ReadConsecutive(*this, cur, [&](const std::string& name, const std::string& v) {
-            if (IsOneOf(name, {kHardwareVersion, kVendorVersion, kDisplayName, kModulePath,
-                               kReqProviderVersion, kRebootAfterPreUpdate, kRebootAfterUpdate,
-                               kRebootAfterRestore, kModuleFileName, kManualFileName,
-                               kReleasenotesFileName})) {
-                element.push(name, v);
-            } else if (name == kPriority) {
-                element.push(name, ToInt(v));
-            } else if (name == kRecovery) {
-                element.push(name, v == qel::item::kTrue);
+        cur = ReadConsecutive(cur, [&](const qel::ItemView& item) {
+            if (NameIndex(item, {kHardwareVersion, kVendorVersion, kDisplayName, kModulePath,
+                                 kReqProviderVersion, kRebootAfterPreUpdate, kRebootAfterUpdate,
+                                 kRebootAfterRestore, kModuleFileName, kManualFileName,
+                                 kReleasenotesFileName}) >= 0) {
+                element.push(item.Name(), item.Value());
+            } else if (NameIndex(item, {kPriority}) == 0) {
+                element.push(item.Name(), ToInt(item.Value()));
+            } else if (NameIndex(item, {kRecovery}) == 0) {
+                element.push(item.Name(), item.Value() == qel::item::kTrue);
             } else {
                 return false;
             }
@@ -220,12 +226,12 @@ char* CProviderManageInfo::setDependencyInfo(char* pos, const char* listName,
         if (cur == nullptr) return c;
         IWbemClassObject& element = list.NewElement();
         element.push(kProviderName, value);
-        c = ReadConsecutive(*this, cur, [&](const std::string& name, const std::string& v) {
-            if (!IsOneOf(name, {kVendorName, kUniqueName, kModuleKind, kModuleName, kVendorVersion,
-                                kUpperVendorVersion})) {
+        c = ReadConsecutive(cur, [&](const qel::ItemView& item) {
+            if (NameIndex(item, {kVendorName, kUniqueName, kModuleKind, kModuleName,
+                                 kVendorVersion, kUpperVendorVersion}) < 0) {
                 return false;
             }
-            element.push(name, v);
+            element.push(item.Name(), item.Value());
             return true;
         });
     }
