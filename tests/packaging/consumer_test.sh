@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Installs the built project into an empty prefix, builds a separate consumer
 # project against the installed CMake package (and checks the pkg-config
-# file), then runs the consumer against a fake service.
+# file), then runs the consumer against somd in a sandbox.
 set -euo pipefail
 build_dir=$1
 consumer_src=$2
-fake_somd=$3
+somd=$3
+source_dir=$(cd "$(dirname "$0")/../.." && pwd)
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -26,9 +27,13 @@ export PKG_CONFIG_PATH
 c++ -std=c++17 ${CXXFLAGS:-} "$consumer_src/main.cpp" -o "$work/consumer-pc" \
   $(pkg-config --cflags --libs qel_SomIf) -Wl,-rpath,"$prefix/lib"
 
-# The fake service prints its QEL_SYSROOT, then serves one request.
-coproc FAKE { "$fake_somd"; }
-read -r sysroot <&"${FAKE[0]}"
-QEL_SYSROOT=$sysroot "$work/build/consumer"
-wait "$FAKE_PID"
+bash "$source_dir/scripts/make-sandbox.sh" "$work/sysroot"
+export QEL_SYSROOT=$work/sysroot
+"$somd" 2>/dev/null &
+somd_pid=$!
+for _ in $(seq 100); do [ -S "$work/sysroot/run/som.sock" ] && break; sleep 0.05; done
+status=0
+"$work/build/consumer" && "$work/consumer-pc" || status=1
+kill "$somd_pid"; wait "$somd_pid" || true
+[ "$status" = 0 ]
 echo "consumer built against the installed package: ok"

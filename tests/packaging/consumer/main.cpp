@@ -1,20 +1,19 @@
-// Sends one request through the installed library and prints the result.
+// Calls the service through the installed library and prints the result.
 #include <cstdio>
+#include <memory>
 #include <string>
 
-#include "CSerializedMsg.h"
 #include "CSomIf.h"
-#include "CTraceUtility.h"
-#include "IWbemClassObject.h"
 
 int main() {
     CSomIf som("consumer");
-    IWbemClassObject params;
-    params.push("AppKey", std::string("consumer-key"));
-    CSerializedMsg codec("consumer");
-    std::string body;
-    codec.IWbem2String(params, body);
-    int rc = som.TransMessage("GetOperatingAuthority", "VELMORA_UpdateManager", body);
-    std::printf("rc=%d\n", rc);
-    return rc == 7 ? 0 : 1;
+    IWbemClassObject in;
+    in.push("Name", std::string("Interval"));
+    IWbemClassObject* out = nullptr;
+    char cls[] = "VELMORA_ToolServiceWD", method[] = "AliveMonitorGetParameter";
+    HRESULT rc = som.ExecMethod(cls, method, 0, nullptr, &in, &out, nullptr);
+    std::unique_ptr<IWbemClassObject> owned(out);
+    const std::string* value = out != nullptr ? out->GetAs<std::string>("Value") : nullptr;
+    std::printf("rc=%ld Interval=%s\n", rc, value != nullptr ? value->c_str() : "?");
+    return rc == 0 && value != nullptr && *value == "30" ? 0 : 1;
 }
