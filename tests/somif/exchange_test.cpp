@@ -14,61 +14,38 @@ using qel_test::FakeSomService;
 using qel_test::TempSysroot;
 using qel_test::TraceRecorder;
 
-TEST(MessageHeaderTest, HeadersAreByteExact) {
-    CSomIf som("hdr");
-    EXPECT_EQ(som.getMsgHead("VELMORA_UpdateManager", "ExecuteReboot", 0),
-              "00000067cafefeedVELMORA_UpdateManager/ExecuteReboot0000000000000000");
-    EXPECT_EQ(som.getMsgHead("VELMORA_ToolServiceWD", "AliveMonitorGetParameter", 37),
-              "00000078cafefeedVELMORA_ToolServiceWD/AliveMonitorGetParameter0000000000000037");
-    EXPECT_EQ(som.getMsgHead("C", "HRESULT CSomIf::ExecuteReboot()", 99999999),
-              "00000047cafefeedC/ExecuteReboot0000000099999999");
-    CMofContents mof;
-    mof.ClassName = "VELMORA_NicProvider";
-    EXPECT_EQ(som.getMsgHead(mof, "GetProviderManageInfo", 0),
-              som.getMsgHead("VELMORA_NicProvider", "GetProviderManageInfo", 0));
-    // Class and method beyond the 1024-byte header buffer are cut, not overrun.
-    EXPECT_EQ(som.getMsgHead(std::string(2000, 'c'), "M", 0).size(), 1023u);
-}
-
-TEST(MessageHeaderTest, ShortFunctionNames) {
-    CSomIf som("hdr");
-    const std::pair<const char*, const char*> cases[] = {
-        {"ExecuteUpdate", "ExecuteUpdate"},
-        {"HRESULT CSomIf::ExecuteReboot()", "ExecuteReboot"},
-        {"HRESULT CSomIf::AliveMonitorSetParameter(std::string, std::string)",
-         "AliveMonitorSetParameter"},
-        {"", ""},
-        {"Plain(", "Plain"},
-    };
-    for (const auto& c : cases) EXPECT_EQ(som.getShortFuncName(c.first), c.second) << c.first;
-}
-
-TEST(MessageHeaderTest, HandBuiltItems) {
-    CSomIf som("hdr");
-    EXPECT_EQ(som.getBoolParam("Rollback", true), "bool;Rollback;1;");
-    EXPECT_EQ(som.getBoolParam("Rollback", false), "bool;Rollback;0;");
-    EXPECT_EQ(som.getStrParam("key-1"), "string;AppKey;key-1;");
-}
-
-TEST(MessageHeaderTest, ConstructionAndHeaderTraces) {
-    TraceRecorder traces;
+TEST(MessageHeaderTest, HeadersNamesAndHandBuiltItems) {
+    qel_test::TraceRecorder traces;
     {
         CSomIf som("front");
-        som.getMsgHead("C", "M", 0);
+        EXPECT_EQ(som.getMsgHead("VELMORA_UpdateManager", "ExecuteReboot", 0),
+                  "00000067cafefeedVELMORA_UpdateManager/ExecuteReboot0000000000000000");
+        EXPECT_EQ(som.getMsgHead("VELMORA_ToolServiceWD", "AliveMonitorGetParameter", 37),
+                  "00000078cafefeedVELMORA_ToolServiceWD/AliveMonitorGetParameter0000000000000037");
+        EXPECT_EQ(som.getMsgHead("C", "HRESULT CSomIf::ExecuteReboot()", 99999999),
+                  "00000047cafefeedC/ExecuteReboot0000000099999999");
+        CMofContents mof;
+        mof.ClassName = "VELMORA_NicProvider";
+        EXPECT_EQ(som.getMsgHead(mof, "M", 0), som.getMsgHead("VELMORA_NicProvider", "M", 0));
+        // Beyond the 1024-byte header buffer: cut, not overrun.
+        EXPECT_EQ(som.getMsgHead(std::string(2000, 'c'), "M", 0).size(), 1023u);
+        const std::pair<const char*, const char*> names[] = {
+            {"ExecuteUpdate", "ExecuteUpdate"}, {"HRESULT CSomIf::ExecuteReboot()", "ExecuteReboot"},
+            {"HRESULT CSomIf::AliveMonitorSetParameter(std::string, std::string)",
+             "AliveMonitorSetParameter"},
+            {"", ""}, {"Plain(", "Plain"}};
+        for (const auto& c : names) EXPECT_EQ(som.getShortFuncName(c.first), c.second);
+        EXPECT_EQ(som.getBoolParam("Rollback", true), "bool;Rollback;1;");
+        EXPECT_EQ(som.getBoolParam("Rollback", false), "bool;Rollback;0;");
+        EXPECT_EQ(som.getStrParam("key-1"), "string;AppKey;key-1;");
     }
-    const std::vector<std::string> expected = {
-        "[ENTER] CSomIf::CSomIf(std::string)",
-        "[LEAVE] CSomIf::CSomIf(std::string)",
-        "[ENTER] std::string CSomIf::getMsgHead(std::string, const char*, uint32_t)",
-        "[LEAVE] std::string CSomIf::getMsgHead(std::string, const char*, uint32_t)",
-        "[ENTER] virtual CSomIf::~CSomIf()",
-        "[LEAVE] virtual CSomIf::~CSomIf()",
-    };
-    EXPECT_EQ(traces.Texts(), expected);
-    for (const auto& line : traces.Lines()) {
-        EXPECT_EQ(line.source, "front");
-        EXPECT_EQ(line.level, 4);
-    }
+    const std::vector<std::string> texts = traces.Texts();
+    EXPECT_EQ(texts.front(), "[ENTER] CSomIf::CSomIf(std::string)");
+    EXPECT_EQ(texts[1], "[LEAVE] CSomIf::CSomIf(std::string)");
+    EXPECT_EQ(texts[2], "[ENTER] std::string CSomIf::getMsgHead(std::string, const char*, uint32_t)");
+    EXPECT_EQ(texts[3], "[LEAVE] std::string CSomIf::getMsgHead(std::string, const char*, uint32_t)");
+    EXPECT_EQ(texts.back(), "[LEAVE] virtual CSomIf::~CSomIf()");
+    for (const auto& line : traces.Lines()) EXPECT_EQ(line.source + std::to_string(line.level), "front4");
 }
 
 // A reply to class "C", method "M": header length 35.
@@ -155,9 +132,11 @@ protected:
     TempSysroot root;
 };
 
-TEST_F(ExchangeTest, RequestBytesAndReplyText) {
+TEST_F(ExchangeTest, TheThreeExchangeForms) {
     FakeSomService service(root);
     service.Push(Action::Answer("long;ReturnValue;3;"));
+    service.Push(Action::Answer("", 0x80080001u));
+    service.Push(Action::Answer(std::string(100, 'x')));
     CSomIf som("ex");
     std::string body = "string;Name;abc;";
     EXPECT_EQ(som.TransMessage("Method", "VELMORA_Class", body), 3);
@@ -165,27 +144,12 @@ TEST_F(ExchangeTest, RequestBytesAndReplyText) {
               "00000052cafefeedVELMORA_Class/Method0000000000000016string;Name;abc;");
     EXPECT_EQ(body, FakeSomService::ReplyText("VELMORA_Class", "Method", "00000000",
                                               "long;ReturnValue;3;"));
-}
-
-TEST_F(ExchangeTest, EmptyBodyFormSendsOnlyTheHeader) {
-    FakeSomService service(root);
-    service.Push(Action::Answer("", 0x80080001u));
-    CSomIf som("ex");
-    EXPECT_EQ(som.TransMessage("ExecuteReboot", "VELMORA_UpdateManager", nullptr),
-              static_cast<int>(0x80080001u));
-    EXPECT_EQ(service.LastRequest().bytes,
-              "00000067cafefeedVELMORA_UpdateManager/ExecuteReboot0000000000000000");
-}
-
-TEST_F(ExchangeTest, CallerBufferFormKeepsTheReplyInTheBuffer) {
-    FakeSomService service(root);
-    service.Push(Action::Answer(std::string(100, 'x')));
-    CSomIf som("ex");
-    std::string body;
+    EXPECT_EQ(som.TransMessage("ExecuteReboot", "C", nullptr), static_cast<int>(0x80080001u));
+    EXPECT_EQ(service.LastRequest().bytes, "00000047cafefeedC/ExecuteReboot0000000000000000");
     std::vector<char> buffer(64, 'Z');
+    body.clear();
     EXPECT_EQ(som.TransMessage("M", "C", body, buffer.data(), 64), 0);
-    EXPECT_EQ(std::string(buffer.data()).size(), 63u);
-    EXPECT_EQ(body, "");
+    EXPECT_EQ(std::string(buffer.data()).size(), 63u);  // the reply stays in the buffer
 }
 
 TEST_F(ExchangeTest, FailedExchangesGiveTheirCodesAndAnEmptyText) {
