@@ -109,55 +109,40 @@ TEST_F(ConformityTest, DepotBlocks) {
         "[LEAVE] char* CUpDownSchedule::SetUpdateDepoInfo(char*, IWbemClassObject*)"));
 }
 
-TEST_F(ConformityTest, ListLevelRules) {
-    struct Case {
-        const char* what;
-        std::string text;
-        int entries;  // -1: nothing added
-    };
+TEST_F(ConformityTest, ListAndInputLevelRules) {
     const std::string list = "string;UpdateModuleConformityList;;";
-    const Case cases[] = {
-        {"no list item", kEntry, -1},
-        {"empty list", list, 0},
-        {"two entries", list + kEntry + kAttr + kEntry, 2},
-        {"second entry without ModuleInfo",
-         list + kEntry + kAttr + "string;ProviderName;Q;string;VendorName;W;", -1},
-        {"string items after the module strings are skipped",
-         list + kEntry + "string;ProviderName;Q;string;VendorName;W;", 1},
-        {"truncated in a block", list + kEntry + std::string(kAttr).substr(0, 40), 1},
+    const std::string input = "string;AppKey;k;string;CheckUpdateModuleConformityInput;;";
+    // What the list entry holds afterwards: -1 for no entry at all.
+    const std::pair<std::string, int> lists[] = {
+        {kEntry, -1},                                          // no list item
+        {list, 0},
+        {list + kEntry + kAttr + kEntry, 2},
+        {list + kEntry + kAttr + "string;ProviderName;Q;string;VendorName;W;", -1},  // no ModuleInfo
+        {list + kEntry + "string;ProviderName;Q;string;VendorName;W;", 1},  // string items skipped
+        {list + kEntry + std::string(kAttr).substr(0, 40), 1},           // cut inside a block
     };
-    for (const Case& c : cases) {
+    for (const auto& c : lists) {
         IWbemClassObject obj;
-        List(c.text, obj);
+        List(c.first, obj);
         const Objects* entries = obj.GetAs<Objects>("UpdateModuleConformityList");
-        if (c.entries < 0) {
-            EXPECT_TRUE(obj.empty()) << c.what;
-        } else {
-            ASSERT_NE(entries, nullptr) << c.what;
-            EXPECT_EQ(static_cast<int>(entries->size()), c.entries) << c.what;
-        }
+        EXPECT_EQ(entries == nullptr ? -1 : static_cast<int>(entries->size()), c.second) << c.first;
     }
-}
-
-TEST_F(ConformityTest, InputNeedsAnAppKey) {
-    struct Case {
-        std::string text;
-        std::size_t entries;  // entries of obj
-        int listed;           // -1: no list
+    const std::pair<std::string, std::string> inputs[] = {
+        {std::string("string;CheckUpdateModuleConformityInput;;") + kEntry, ""},
+        {"string;AppKey;k;", "AppKey CheckUpdateModuleConformityInput:0"},
+        {input + kEntry + kFiles, "AppKey CheckUpdateModuleConformityInput:1"},
     };
-    const Case cases[] = {
-        {std::string("string;CheckUpdateModuleConformityInput;;") + kEntry, 0, -1},
-        {"string;AppKey;k;", 2, 0},
-        {std::string("string;AppKey;k;string;CheckUpdateModuleConformityInput;;") + kEntry + kFiles,
-         2, 1},
-    };
-    for (const Case& c : cases) {
-        TextBuffer buffer(c.text);
+    for (const auto& c : inputs) {
+        qel_test::TextBuffer buffer(c.first);
         IWbemClassObject obj;
         codec.toObject(buffer.get(), obj);
-        EXPECT_EQ(obj.size(), c.entries) << c.text;
-        const Objects* list = obj.GetAs<Objects>("CheckUpdateModuleConformityInput");
-        EXPECT_EQ(list == nullptr ? -1 : static_cast<int>(list->size()), c.listed) << c.text;
+        std::string got;
+        for (const auto& entry : obj) {
+            got += got.empty() ? "" : " ";
+            got += entry.first;
+            if (const auto* v = boost::any_cast<Objects>(&entry.second)) got += ":" + std::to_string(v->size());
+        }
+        EXPECT_EQ(got, c.second) << c.first;
     }
 }
 
