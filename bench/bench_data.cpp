@@ -8,7 +8,9 @@
 namespace bench {
 namespace {
 
-std::string Padded(const char* prefix, std::size_t i) { return prefix + std::to_string(i); }
+std::string Padded(const char* prefix, std::size_t i) {
+    return prefix + std::to_string(i);
+}
 
 }  // namespace
 
@@ -91,8 +93,10 @@ CVelmora_DevProviderManageInfo Provider(std::size_t bytes) {
         m.RepositoryInfo = {r};
         d.ModuleInfo = {m};
         info.DeviceInfo.push_back(d);
-        if (i == 3) perDevice = ProviderText(info).size() / 4;
-        if (perDevice != 0 && (i + 1) * perDevice >= bytes) break;
+        if (i == 3)
+            perDevice = ProviderText(info).size() / 4;
+        if (perDevice != 0 && (i + 1) * perDevice >= bytes)
+            break;
     }
     return info;
 }
@@ -131,7 +135,8 @@ std::string PlansText(const std::vector<CVELMORA_UpdatePlans>& plans) {
     std::string out = "class[];UpdatePlansList;;";
     IWbemClassObject target;
     qel::ItemWriter writer(target, out);
-    for (const auto& plan : plans) qel::VisitFields(plan, writer);
+    for (const auto& plan : plans)
+        qel::VisitFields(plan, writer);
     return out;
 }
 

@@ -25,7 +25,8 @@ const int64_t kSizes[] = {64 << 10, 1 << 20, 2 << 20, 4 << 20};
 template <class Make>
 const std::string& Cached(std::map<int64_t, std::string>& cache, int64_t size, Make make) {
     auto it = cache.find(size);
-    if (it == cache.end()) it = cache.emplace(size, make(size)).first;
+    if (it == cache.end())
+        it = cache.emplace(size, make(size)).first;
     return it->second;
 }
 
@@ -40,7 +41,8 @@ const std::string& GenericJson(int64_t n) {
 const CVelmora_DevProviderManageInfo& Provider(int64_t n) {
     static std::map<int64_t, CVelmora_DevProviderManageInfo> c;
     auto it = c.find(n);
-    if (it == c.end()) it = c.emplace(n, bench::Provider(n)).first;
+    if (it == c.end())
+        it = c.emplace(n, bench::Provider(n)).first;
     return it->second;
 }
 const std::string& ProviderText(int64_t n) {
@@ -63,7 +65,8 @@ const std::string& PlansJson(int64_t n) {
 // A mutable copy for the readers, which take char*.
 void Run(benchmark::State& state, const std::string& body, const std::function<void(char*)>& read) {
     std::string copy = body;
-    for (auto _ : state) read(&copy[0]);
+    for (auto _ : state)
+        read(&copy[0]);
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) *
                             static_cast<int64_t>(body.size()));
 }
@@ -72,8 +75,9 @@ void Floor_MemchrCount(benchmark::State& state) {
     const std::string& body = Generic(state.range(0));
     Run(state, body, [&](char* text) {
         std::size_t count = 0;
-        for (const char* p = text; (p = static_cast<const char*>(
-                                        std::memchr(p, ';', body.size() - (p - text)))) != nullptr;
+        for (const char* p = text;
+             (p = static_cast<const char*>(std::memchr(p, ';', body.size() - (p - text)))) !=
+             nullptr;
              ++p) {
             ++count;
         }
@@ -99,9 +103,8 @@ void Generic_RapidJsonDom(benchmark::State& state) {
 }
 
 void Generic_Nlohmann(benchmark::State& state) {
-    Run(state, GenericJson(state.range(0)), [](char* text) {
-        benchmark::DoNotOptimize(nlohmann::json::parse(text).size());
-    });
+    Run(state, GenericJson(state.range(0)),
+        [](char* text) { benchmark::DoNotOptimize(nlohmann::json::parse(text).size()); });
 }
 
 void StringArray2Array(benchmark::State& state) {
@@ -177,9 +180,8 @@ void Provider_RapidJsonDom(benchmark::State& state) {
 }
 
 void Provider_Nlohmann(benchmark::State& state) {
-    Run(state, ProviderJson(state.range(0)), [](char* text) {
-        benchmark::DoNotOptimize(nlohmann::json::parse(text).size());
-    });
+    Run(state, ProviderJson(state.range(0)),
+        [](char* text) { benchmark::DoNotOptimize(nlohmann::json::parse(text).size()); });
 }
 
 void Plans_RecordReader(benchmark::State& state) {
@@ -273,7 +275,8 @@ void Encode_IWbem2String(benchmark::State& state) {
         codec.IWbem2String(obj, out);
         benchmark::DoNotOptimize(out.size());
     }
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(Generic(state.range(0)).size()));
+    state.SetBytesProcessed(state.iterations() *
+                            static_cast<int64_t>(Generic(state.range(0)).size()));
 }
 
 void Encode_RapidJsonWriter(benchmark::State& state) {
@@ -291,7 +294,8 @@ void Encode_RapidJsonWriter(benchmark::State& state) {
 
 void Encode_NlohmannDump(benchmark::State& state) {
     nlohmann::json doc = nlohmann::json::parse(GenericJson(state.range(0)));
-    for (auto _ : state) benchmark::DoNotOptimize(doc.dump().size());
+    for (auto _ : state)
+        benchmark::DoNotOptimize(doc.dump().size());
     state.SetBytesProcessed(state.iterations() *
                             static_cast<int64_t>(GenericJson(state.range(0)).size()));
 }
@@ -304,17 +308,21 @@ void Encode_ProviderToString(benchmark::State& state) {
         codec.toString(info, out);
         benchmark::DoNotOptimize(out.size());
     }
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(ProviderText(state.range(0)).size()));
+    state.SetBytesProcessed(state.iterations() *
+                            static_cast<int64_t>(ProviderText(state.range(0)).size()));
 }
 
 void Encode_ProviderNlohmannDump(benchmark::State& state) {
     nlohmann::json doc = Provider(state.range(0));
-    for (auto _ : state) benchmark::DoNotOptimize(doc.dump().size());
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(ProviderJson(state.range(0)).size()));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(doc.dump().size());
+    state.SetBytesProcessed(state.iterations() *
+                            static_cast<int64_t>(ProviderJson(state.range(0)).size()));
 }
 
 void Sizes(benchmark::internal::Benchmark* b) {
-    for (int64_t size : kSizes) b->Arg(size);
+    for (int64_t size : kSizes)
+        b->Arg(size);
     b->Unit(benchmark::kMicrosecond);
 }
 
@@ -330,7 +338,10 @@ BENCHMARK(Provider_String2IWbem)->Apply(Sizes);
 BENCHMARK(Provider_RecordReader)->Apply(Sizes);
 BENCHMARK(Provider_TreeReader)->Apply(Sizes);
 BENCHMARK(Provider_TreeReaderTraced)->Apply(Sizes);
-BENCHMARK(Provider_TreeReaderScanning)->Arg(64 << 10)->Arg(256 << 10)->Unit(benchmark::kMicrosecond);
+BENCHMARK(Provider_TreeReaderScanning)
+    ->Arg(64 << 10)
+    ->Arg(256 << 10)
+    ->Unit(benchmark::kMicrosecond);
 BENCHMARK(Provider_RapidJsonDom)->Apply(Sizes);
 BENCHMARK(Provider_Nlohmann)->Apply(Sizes);
 BENCHMARK(Plans_RecordReader)->Apply(Sizes);
@@ -338,7 +349,10 @@ BENCHMARK(Plans_TreeReader)->Apply(Sizes);
 BENCHMARK(Plans_RapidJsonDom)->Apply(Sizes);
 BENCHMARK(Registration_TreeReader)->Apply(Sizes);
 BENCHMARK(Conformity_TreeReader)->Apply(Sizes);
-BENCHMARK(Conformity_TreeReaderScanning)->Arg(64 << 10)->Arg(256 << 10)->Unit(benchmark::kMicrosecond);
+BENCHMARK(Conformity_TreeReaderScanning)
+    ->Arg(64 << 10)
+    ->Arg(256 << 10)
+    ->Unit(benchmark::kMicrosecond);
 BENCHMARK(Schedule_RecordReader)->Unit(benchmark::kNanosecond);
 BENCHMARK(Encode_IWbem2String)->Apply(Sizes);
 BENCHMARK(Encode_RapidJsonWriter)->Apply(Sizes);

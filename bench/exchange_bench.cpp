@@ -29,7 +29,7 @@ const char kThousand[] = "VELMORA_Bench1000";
 
 // somd in a sandbox with two large providers, for the whole run.
 class Service {
-public:
+  public:
     static Service& Get() {
         static Service service;
         return service;
@@ -51,7 +51,7 @@ public:
         std::system(("rm -rf " + root_).c_str());
     }
 
-private:
+  private:
     Service() {
         char pattern[] = "/tmp/qel-bench.XXXXXX";
         root_ = mkdtemp(pattern);
@@ -70,7 +70,8 @@ private:
             _exit(127);
         }
         struct stat info;
-        for (int i = 0; i < 300 && stat(socket_.c_str(), &info) != 0; ++i) usleep(20000);
+        for (int i = 0; i < 300 && stat(socket_.c_str(), &info) != 0; ++i)
+            usleep(20000);
     }
     std::string root_;
     std::string socket_;
@@ -88,7 +89,8 @@ std::size_t RawExchange(const std::string& path, const std::string& request, cha
     if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0) {
         send(fd, request.data(), request.size(), MSG_NOSIGNAL);
         ssize_t n;
-        while ((n = read(fd, buffer + got, size - got)) > 0) got += static_cast<std::size_t>(n);
+        while ((n = read(fd, buffer + got, size - got)) > 0)
+            got += static_cast<std::size_t>(n);
     }
     close(fd);
     return got;
@@ -106,8 +108,8 @@ void Exchange_SmallCall(benchmark::State& state) {
 
 void Exchange_SmallRawFloor(benchmark::State& state) {
     const Service& service = Service::Get();
-    const std::string request =
-        service.RawRequest("VELMORA_ToolServiceWD", "AliveMonitorGetParameter", "string;Name;Interval;");
+    const std::string request = service.RawRequest(
+        "VELMORA_ToolServiceWD", "AliveMonitorGetParameter", "string;Name;Interval;");
     char buffer[4096];
     for (auto _ : state) {
         benchmark::DoNotOptimize(RawExchange(service.socket(), request, buffer, sizeof buffer));
@@ -131,7 +133,8 @@ void Exchange_4MiBRawFloor(benchmark::State& state) {
     const std::string request = service.RawRequest(kBig, "GetProviderManageInfo", "");
     std::unique_ptr<char[]> buffer(new char[0x400000]);
     std::size_t bytes = 0;
-    for (auto _ : state) bytes = RawExchange(service.socket(), request, buffer.get(), 0x400000);
+    for (auto _ : state)
+        bytes = RawExchange(service.socket(), request, buffer.get(), 0x400000);
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(bytes));
 }
 
@@ -157,7 +160,8 @@ void Naming_Batched1000(benchmark::State& state) {
     const std::string name = "bench";
     for (auto _ : state) {
         qel::discovery::DeviceNamer namer(name, /*batch=*/true);
-        for (CVelmora_DeviceInfo& device : devices) namer.Name(device);
+        for (CVelmora_DeviceInfo& device : devices)
+            namer.Name(device);
     }
 }
 
@@ -166,7 +170,8 @@ void Naming_Single1000(benchmark::State& state) {
     std::vector<CVelmora_DeviceInfo> devices = ThousandDevices();
     CSomIf som("bench");
     for (auto _ : state) {
-        for (CVelmora_DeviceInfo& device : devices) som.GetDeviceName(device);
+        for (CVelmora_DeviceInfo& device : devices)
+            som.GetDeviceName(device);
     }
 }
 
@@ -183,10 +188,10 @@ void Naming_LibpciLoadAnd1000(benchmark::State& state) {
         pci_set_name_list_path(pci, const_cast<char*>("/usr/share/hwdata/pci.ids"), 0);
         pci->numeric_ids = 0;
         for (const auto& id : ids) {
-            benchmark::DoNotOptimize(pci_lookup_name(pci, name, sizeof name,
-                                                     PCI_LOOKUP_VENDOR | PCI_LOOKUP_DEVICE |
-                                                         PCI_LOOKUP_NO_NUMBERS,
-                                                     id.first, id.second));
+            benchmark::DoNotOptimize(
+                pci_lookup_name(pci, name, sizeof name,
+                                PCI_LOOKUP_VENDOR | PCI_LOOKUP_DEVICE | PCI_LOOKUP_NO_NUMBERS,
+                                id.first, id.second));
         }
         pci_cleanup(pci);
     }

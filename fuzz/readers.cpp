@@ -43,7 +43,8 @@ std::string WriteScratch(const std::string& suitePath, const std::string& conten
     std::string path = Scratch() + suitePath;
     for (std::string::size_type at = Scratch().size() + 1; at != std::string::npos;) {
         at = path.find('/', at + 1);
-        if (at != std::string::npos) mkdir(path.substr(0, at).c_str(), 0755);
+        if (at != std::string::npos)
+            mkdir(path.substr(0, at).c_str(), 0755);
     }
     std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
     return path;

@@ -19,7 +19,7 @@
 #include "QelExport.h"
 
 class QEL_SOMIF_API CProviderManageInfo : public CSerializedMsg {
-public:
+  public:
     explicit CProviderManageInfo(std::string traceName);
     virtual ~CProviderManageInfo();
 
@@ -34,7 +34,8 @@ public:
     void getToolInfo(const CVelmora_ToolInfo& tool, int index, std::string& text);
     void getLinkAppInfo(const CVelmora_LinkApplicationInfo& app, int index, std::string& text);
     void getModuleInfo(const CVelmora_ManageModuleInfo& module, int index, std::string& text);
-    void getRepositoryInfo(const CVelmora_ManageRepositoryInfo& entry, int index, std::string& text);
+    void getRepositoryInfo(const CVelmora_ManageRepositoryInfo& entry, int index,
+                           std::string& text);
     void getDependencyInfo(const CVelmora_DependencyInfo& dep, const char* listName, int index,
                            std::string& text);
 
@@ -74,7 +75,7 @@ public:
     char* setRepositoryInfo(char* pos, IWbemClassObject& module);
     char* setDependencyInfo(char* pos, const char* listName, IWbemClassObject& entry);
 
-private:
+  private:
     IWbemClassObject m_writeTarget;  // receiver of the item writers; never filled
     std::string m_traceName;
     bool m_isDevice;  // set by the property-object reader before it is read

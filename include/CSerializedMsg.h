@@ -33,7 +33,7 @@ class IndexScope;
 }  // namespace qel
 
 class QEL_SOMIF_API CSerializedMsg {
-public:
+  public:
     explicit CSerializedMsg(std::string traceName);
     virtual ~CSerializedMsg();
 
@@ -104,10 +104,10 @@ public:
     // Whether the value of the first item of `text` is "1".
     bool getBool(const char* text);
 
-protected:
+  protected:
     const std::string& traceName() const { return traceName_; }
 
-private:
+  private:
     friend class qel::IndexScope;
 
     std::string traceName_;

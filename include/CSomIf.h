@@ -33,7 +33,7 @@
 #include "VersionListRecords.h"
 
 class QEL_SOMIF_API CSomIf : public CFileTransfer {
-public:
+  public:
     // Prepares the transport; nothing is sent until an operation is called.
     explicit CSomIf(std::string traceName);
     virtual ~CSomIf();
@@ -102,8 +102,7 @@ public:
                        IWbemClassObject** outParams);
 
     // Update-management methods relayed to `className`.
-    HRESULT Reboot(std::string className, IWbemClassObject* inParams,
-                   IWbemClassObject** outParams);
+    HRESULT Reboot(std::string className, IWbemClassObject* inParams, IWbemClassObject** outParams);
     HRESULT ExecuteUpdateApplyCheck(std::string className, IWbemClassObject* inParams,
                                     IWbemClassObject** outParams);
     HRESULT RegisterUpdateModule(std::string className, IWbemClassObject* inParams,
@@ -227,7 +226,7 @@ public:
     // provider's INI file under "/opt/velmora/qel/provider".
     bool isDeviceAlive(CMofContents provider);
 
-private:
+  private:
     std::string m_traceName;
 };
 

@@ -22,7 +22,7 @@
 #include "ScheduleRecords.h"
 
 class QEL_SOMIF_API CUpDownSchedule : public CSerializedMsg {
-public:
+  public:
     explicit CUpDownSchedule(std::string traceName);
     virtual ~CUpDownSchedule();
 
@@ -35,8 +35,8 @@ public:
     // The "DownloadSetting" section.
     void toString(const CVELMORA_DownloadSetting& setting, std::string& out);
     // The "DownloadSchedule" section, then the "DownloadSetting" section.
-    void toString(const CVELMORA_DownloadSetting& setting, const CVELMORA_DownloadSchedule& schedule,
-                  std::string& out);
+    void toString(const CVELMORA_DownloadSetting& setting,
+                  const CVELMORA_DownloadSchedule& schedule, std::string& out);
 
     // --- Settings sections: readers fill the records in place ---------------
     // One item per field, in order; a missing item leaves a string field as
@@ -47,7 +47,8 @@ public:
     // An "UpdateSchedule" section.
     void toObject(char* pos, CVELMORA_UpdateSchedule& schedule);
     // A "DownloadSchedule" section followed by a "DownloadSetting" section.
-    void toObject(char* pos, CVELMORA_DownloadSchedule& schedule, CVELMORA_DownloadSetting& setting);
+    void toObject(char* pos, CVELMORA_DownloadSchedule& schedule,
+                  CVELMORA_DownloadSetting& setting);
 
     // --- Property-object decoders -------------------------------------------------
     // Every object they create belongs to `obj` afterwards.
@@ -83,7 +84,7 @@ public:
     char* SetUpdateShareInfo(char* pos, std::vector<IWbemClassObject*>* list);
     char* SetUpdateSimuInfo(char* pos, std::vector<IWbemClassObject*>* list);
 
-private:
+  private:
     IWbemClassObject m_writeTarget;  // receiver of the item writers; never filled
     std::string m_traceName;
 };

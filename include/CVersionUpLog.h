@@ -17,7 +17,7 @@
 #include "VersionListRecords.h"
 
 class QEL_SOMIF_API CVersionUpLog : public CSerializedMsg {
-public:
+  public:
     explicit CVersionUpLog(std::string traceName);
     virtual ~CVersionUpLog();
 
@@ -27,7 +27,7 @@ public:
     void toObject(char* body, std::vector<CVELMORA_UpdatePlans>& list);
     void toObject(char* body, std::vector<CVELMORA_VersionUpdateLog>& list);
 
-private:
+  private:
     std::string m_traceName;
 };
 

@@ -24,7 +24,7 @@
 #include "QelExport.h"
 
 class QEL_FRAMEWORK_API CFileTransfer {
-public:
+  public:
     static const int kDefaultTimeoutSeconds = 300;
 
     CFileTransfer(std::string name, std::string configFile);
@@ -51,7 +51,7 @@ public:
     static bool ReadConfiguration(const std::string& configFile, std::string& socketPath,
                                   int& timeoutSeconds);
 
-private:
+  private:
     void CloseConnection();
 
     std::string name_;

@@ -13,7 +13,7 @@
 #include "QelExport.h"
 
 class QEL_FRAMEWORK_API CFileUtility {
-public:
+  public:
     // `path` with the value of QEL_SYSROOT in front when that is set and not
     // empty; otherwise `path` unchanged.
     static std::string SystemPath(const std::string& path);

@@ -9,7 +9,7 @@
 #include "QelTypes.h"
 
 class QEL_FRAMEWORK_API CIWbemUtil {
-public:
+  public:
     // Result for a null object.
     static const HRESULT kInvalidParameter = 0x80041008L;
 

@@ -15,7 +15,7 @@
 #include "QelExport.h"
 
 class QEL_FRAMEWORK_API CIniFileReader {
-public:
+  public:
     explicit CIniFileReader(const std::string& path);
     ~CIniFileReader();
 
@@ -30,7 +30,7 @@ public:
     // Forgets the parsed content; later lookups find nothing.
     void close();
 
-private:
+  private:
     friend struct IniParseContext;
     std::vector<std::string> sectionOrder_;
     std::map<std::string, std::map<std::string, std::string>> values_;

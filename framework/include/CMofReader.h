@@ -17,7 +17,7 @@
 
 // One provider instance. Copyable.
 class QEL_FRAMEWORK_API CMofContents {
-public:
+  public:
     std::string Name;          // first text field
     std::string Description;   // second text field
     std::string ClassName;     // third text field: the provider's class
@@ -28,7 +28,7 @@ public:
 };
 
 class QEL_FRAMEWORK_API CMofReader {
-public:
+  public:
     explicit CMofReader(const std::string& path);
     ~CMofReader();
 
@@ -41,7 +41,7 @@ public:
     // Parses MOF text held in memory (the same rules as a file).
     static std::vector<CMofContents> ParseText(const std::string& text);
 
-private:
+  private:
     std::string path_;
     std::vector<CMofContents> contents_;
 };

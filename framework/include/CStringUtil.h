@@ -8,7 +8,7 @@
 #include "QelExport.h"
 
 class QEL_FRAMEWORK_API CStringUtil {
-public:
+  public:
     static std::string StringToUpperCase(std::string text);
     static std::string StringToLowerCase(std::string text);
     // Every non-overlapping occurrence of `from`, left to right, replaced by

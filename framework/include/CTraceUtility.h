@@ -18,9 +18,8 @@
 #include "QelExport.h"
 
 class QEL_FRAMEWORK_API CTraceUtility {
-public:
-    typedef std::function<void(const std::string& source, int level, const std::string& text)>
-        Sink;
+  public:
+    typedef std::function<void(const std::string& source, int level, const std::string& text)> Sink;
 
     // Records the caller's name and mode and (re)reads QEL_TRACE and
     // QEL_TRACE_LEVEL. `mode` is a further level mask; all bits set lets

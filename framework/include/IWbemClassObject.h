@@ -34,18 +34,18 @@
 
 // Call context of a WBEM call; accepted by the library and never read.
 class QEL_FRAMEWORK_API IWbemContext {
-public:
+  public:
     virtual ~IWbemContext();
 };
 
 // Asynchronous call result of a WBEM call; accepted and never read.
 class QEL_FRAMEWORK_API IWbemCallResult {
-public:
+  public:
     virtual ~IWbemCallResult();
 };
 
 class QEL_FRAMEWORK_API IWbemClassObject {
-public:
+  public:
     typedef std::pair<std::string, boost::any> Entry;
     typedef std::list<Entry> EntryList;
     typedef EntryList::iterator iterator;
@@ -104,7 +104,7 @@ public:
     void SetInt(std::string& out, std::string prefix, std::string name, int value);
     void SetBool(std::string& out, std::string prefix, std::string name, bool value);
 
-private:
+  private:
     void TakeOver(const boost::any& value);
 
     EntryList entries_;

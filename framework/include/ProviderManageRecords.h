@@ -12,7 +12,7 @@
 // One dependency of a repository entry: the module depended on and the
 // lower and upper version bounds.
 class CVelmora_DependencyInfo {
-public:
+  public:
     std::string ProviderName;
     std::string VendorName;
     std::string UniqueName;
@@ -24,7 +24,7 @@ public:
 
 // One repository entry: an update package for a module.
 class CVelmora_ManageRepositoryInfo {
-public:
+  public:
     std::string ApplyKind;
     std::string HardwareVersion;
     std::string DisplayName;
@@ -46,7 +46,7 @@ public:
 
 // One module managed for a device or tool.
 class CVelmora_ManageModuleInfo {
-public:
+  public:
     std::string ModuleKind;
     std::string ModuleName;
     int UpdatePriority = 0;
@@ -57,7 +57,7 @@ public:
 
 // An application linked to a device or tool.
 class CVelmora_LinkApplicationInfo {
-public:
+  public:
     std::string ApplicationName;
     std::string ExecutePath;
     std::string DescriptionFilePath;
@@ -67,7 +67,7 @@ public:
 // One managed device. DeviceName and DeviceVendorName come from the PCI ID
 // database, not from the service.
 class CVelmora_DeviceInfo {
-public:
+  public:
     std::string VendorName;
     std::string UniqueName;
     std::string DeviceId;
@@ -81,7 +81,7 @@ public:
 
 // One managed tool.
 class CVelmora_ToolInfo {
-public:
+  public:
     std::string VendorName;
     std::string UniqueName;
     std::vector<std::string> ExtendedInfo;
@@ -91,7 +91,7 @@ public:
 
 // A device provider and the devices that it manages.
 class CVelmora_DevProviderManageInfo {
-public:
+  public:
     std::string ProviderName;
     std::string ProviderVendorName;
     std::string ProviderVersion;
@@ -100,7 +100,7 @@ public:
 
 // A tool provider and the tools that it manages.
 class CVelmora_ToolProviderManageInfo {
-public:
+  public:
     std::string ProviderName;
     std::string ProviderVendorName;
     std::string ProviderVersion;

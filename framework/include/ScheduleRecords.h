@@ -10,7 +10,7 @@
 #include <string>
 
 class CVELMORA_DownloadSetting {
-public:
+  public:
     int DownloadType = 0;
     std::string WebSiteUrl;
     std::string ProxyAddress;
@@ -25,7 +25,7 @@ public:
 };
 
 class CVELMORA_DownloadSchedule {
-public:
+  public:
     bool IsAutoSetting = false;
     int RepeatType = 0;
     std::string DayOfWeek;
@@ -34,7 +34,7 @@ public:
 };
 
 class CVELMORA_UpdateSchedule {
-public:
+  public:
     bool IsAutoSetting = false;
     int RepeatType = 0;
     std::string DayOfWeek;
@@ -43,7 +43,7 @@ public:
 };
 
 class CVelmora_PriorityUpdateParam {
-public:
+  public:
     std::string AppKey;
     unsigned int UpdatePriority = 0;
     std::string VendorName;

@@ -7,7 +7,7 @@
 
 // One installed file of the suite and its version.
 class CVELMORA_QelVersionInfo {
-public:
+  public:
     std::string GroupName;
     std::string FileName;
     std::string FileVersion;
@@ -15,7 +15,7 @@ public:
 
 // One planned update of one module on one device or tool.
 class CVELMORA_UpdatePlans {
-public:
+  public:
     std::string ProviderName;
     std::string VendorName;
     std::string UniqueName;
@@ -31,7 +31,7 @@ public:
 
 // One entry of the version-update log.
 class CVELMORA_VersionUpdateLog {
-public:
+  public:
     std::string ProviderName;
     std::string DateTime;
     std::string VendorName;

@@ -23,7 +23,8 @@ const std::size_t kLengthFieldWidth = 8;
 std::string Trim(const std::string& text) {
     const char* blanks = " \t\r\n";
     std::string::size_type first = text.find_first_not_of(blanks);
-    if (first == std::string::npos) return std::string();
+    if (first == std::string::npos)
+        return std::string();
     std::string::size_type last = text.find_last_not_of(blanks);
     return text.substr(first, last - first + 1);
 }
@@ -36,19 +37,21 @@ long long NowMs() {
 
 // A point in time after which no more waiting is allowed; none for 0 seconds.
 class Deadline {
-public:
+  public:
     explicit Deadline(int seconds)
         : unlimited_(seconds <= 0), end_(NowMs() + static_cast<long long>(seconds) * 1000) {}
     // Milliseconds left for poll(): -1 waits forever, 0 means expired.
     int RemainingMs() const {
-        if (unlimited_) return -1;
+        if (unlimited_)
+            return -1;
         long long left = end_ - NowMs();
-        if (left <= 0) return 0;
+        if (left <= 0)
+            return 0;
         return left > INT_MAX ? INT_MAX : static_cast<int>(left);
     }
     bool Expired() const { return !unlimited_ && end_ - NowMs() <= 0; }
 
-private:
+  private:
     bool unlimited_;
     long long end_;
 };
@@ -56,12 +59,16 @@ private:
 // Waits until `fd` is ready for `events`; false on time-out or error.
 bool WaitFor(int fd, short events, const Deadline& deadline) {
     for (;;) {
-        if (deadline.Expired()) return false;
+        if (deadline.Expired())
+            return false;
         struct pollfd p = {fd, events, 0};
         int n = poll(&p, 1, deadline.RemainingMs());
-        if (n > 0) return true;  // readiness, hang-up or error: the next call tells
-        if (n == 0) return false;
-        if (errno != EINTR) return false;
+        if (n > 0)
+            return true;  // readiness, hang-up or error: the next call tells
+        if (n == 0)
+            return false;
+        if (errno != EINTR)
+            return false;
     }
 }
 
@@ -69,17 +76,22 @@ int Connect(const std::string& path, const Deadline& deadline) {
     struct sockaddr_un addr;
     std::memset(&addr, 0, sizeof addr);
     addr.sun_family = AF_UNIX;
-    if (path.empty() || path.size() >= sizeof addr.sun_path) return -1;
+    if (path.empty() || path.size() >= sizeof addr.sun_path)
+        return -1;
     std::memcpy(addr.sun_path, path.data(), path.size());
 
     int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (fd < 0) return -1;
+    if (fd < 0)
+        return -1;
     for (;;) {
-        if (connect(fd, reinterpret_cast<struct sockaddr*>(&addr), sizeof addr) == 0) return fd;
-        if (errno == EINTR) continue;
+        if (connect(fd, reinterpret_cast<struct sockaddr*>(&addr), sizeof addr) == 0)
+            return fd;
+        if (errno == EINTR)
+            continue;
         if (errno == EAGAIN) {
             // The listener's backlog is full: try again until the deadline.
-            if (deadline.Expired()) break;
+            if (deadline.Expired())
+                break;
             struct timespec pause = {0, 2 * 1000 * 1000};
             nanosleep(&pause, nullptr);
             continue;
@@ -87,7 +99,8 @@ int Connect(const std::string& path, const Deadline& deadline) {
         if (errno == EINPROGRESS && WaitFor(fd, POLLOUT, deadline)) {
             int error = 0;
             socklen_t size = sizeof error;
-            if (getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0) return fd;
+            if (getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0)
+                return fd;
         }
         break;
     }
@@ -103,7 +116,8 @@ bool SendAll(int fd, const char* data, std::size_t size, const Deadline& deadlin
             size -= static_cast<std::size_t>(n);
             continue;
         }
-        if (n < 0 && errno == EINTR) continue;
+        if (n < 0 && errno == EINTR)
+            continue;
         if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK) && WaitFor(fd, POLLOUT, deadline)) {
             continue;
         }
@@ -116,9 +130,12 @@ bool SendAll(int fd, const char* data, std::size_t size, const Deadline& deadlin
 ssize_t ReadSome(int fd, char* data, std::size_t size, const Deadline& deadline) {
     for (;;) {
         ssize_t n = recv(fd, data, size, 0);
-        if (n >= 0) return n;
-        if (errno == EINTR) continue;
-        if ((errno == EAGAIN || errno == EWOULDBLOCK) && WaitFor(fd, POLLIN, deadline)) continue;
+        if (n >= 0)
+            return n;
+        if (errno == EINTR)
+            continue;
+        if ((errno == EAGAIN || errno == EWOULDBLOCK) && WaitFor(fd, POLLIN, deadline))
+            continue;
         return -1;
     }
 }
@@ -126,7 +143,7 @@ ssize_t ReadSome(int fd, char* data, std::size_t size, const Deadline& deadline)
 // Receives into the caller's buffer while it has room (no copy) and into a
 // drain area after that; what does not fit is dropped.
 class ReplySink {
-public:
+  public:
     ReplySink(char* buffer, int bufferSize)
         : buffer_(buffer), capacity_(static_cast<std::size_t>(bufferSize - 1)) {}
     // Reads up to `want` bytes; the result of ReadSome. `*data` points at them.
@@ -135,7 +152,8 @@ public:
         char* target = room > 0 ? buffer_ + stored_ : drain_;
         std::size_t limit = room > 0 ? room : sizeof drain_;
         ssize_t n = ReadSome(fd, target, want < limit ? want : limit, deadline);
-        if (n > 0 && room > 0) stored_ += static_cast<std::size_t>(n);
+        if (n > 0 && room > 0)
+            stored_ += static_cast<std::size_t>(n);
         *data = target;
         return n;
     }
@@ -144,7 +162,7 @@ public:
         return static_cast<int>(stored_);
     }
 
-private:
+  private:
     char* buffer_;
     std::size_t capacity_;
     std::size_t stored_ = 0;
@@ -156,25 +174,32 @@ private:
 CFileTransfer::CFileTransfer(std::string name, std::string configFile)
     : name_(std::move(name)), configFile_(std::move(configFile)) {}
 
-CFileTransfer::~CFileTransfer() { CloseConnection(); }
+CFileTransfer::~CFileTransfer() {
+    CloseConnection();
+}
 
 void CFileTransfer::CloseConnection() {
-    if (fd_ >= 0) close(fd_);
+    if (fd_ >= 0)
+        close(fd_);
     fd_ = -1;
 }
 
 bool CFileTransfer::ReadConfiguration(const std::string& configFile, std::string& socketPath,
                                       int& timeoutSeconds) {
     std::string path = configFile;
-    if (!path.empty() && path[0] == '/') path = CFileUtility::SystemPath(path);
+    if (!path.empty() && path[0] == '/')
+        path = CFileUtility::SystemPath(path);
     std::ifstream in(path);
-    if (!in) return false;
+    if (!in)
+        return false;
     std::string line;
     while (std::getline(in, line)) {
         std::string trimmed = Trim(line);
-        if (trimmed.empty() || trimmed[0] == '#') continue;
+        if (trimmed.empty() || trimmed[0] == '#')
+            continue;
         std::string::size_type eq = trimmed.find('=');
-        if (eq == std::string::npos) continue;
+        if (eq == std::string::npos)
+            continue;
         std::string key = Trim(trimmed.substr(0, eq));
         std::string value = Trim(trimmed.substr(eq + 1));
         if (key == "socket") {
@@ -194,10 +219,12 @@ int CFileTransfer::SendMessage(std::string message) {
     CloseConnection();
     std::string socketPath;
     int timeoutSeconds = kDefaultTimeoutSeconds;
-    if (!ReadConfiguration(configFile_, socketPath, timeoutSeconds)) return -1;
+    if (!ReadConfiguration(configFile_, socketPath, timeoutSeconds))
+        return -1;
     timeoutSeconds_ = timeoutSeconds;
     fd_ = Connect(socketPath, Deadline(timeoutSeconds_));
-    if (fd_ < 0) return -1;
+    if (fd_ < 0)
+        return -1;
     if (!SendAll(fd_, message.data(), message.size(), Deadline(timeoutSeconds_))) {
         CloseConnection();
         return -1;
@@ -249,15 +276,18 @@ int CFileTransfer::RecvMessage(char* buffer, int bufferSize, int headerLength) {
     bool failed = false;
     while (!knownLength || remaining > 0) {
         std::size_t want = 1 << 20;
-        if (knownLength && remaining < want) want = static_cast<std::size_t>(remaining);
+        if (knownLength && remaining < want)
+            want = static_cast<std::size_t>(remaining);
         const char* data = nullptr;
         ssize_t n = sink->Receive(fd_, want, deadline, &data);
-        if (n == 0) break;  // the service closed: keep what came
+        if (n == 0)
+            break;  // the service closed: keep what came
         if (n < 0) {
             failed = true;
             break;
         }
-        if (knownLength) remaining -= static_cast<unsigned long long>(n);
+        if (knownLength)
+            remaining -= static_cast<unsigned long long>(n);
     }
     CloseConnection();
     int stored = sink->Finish();

@@ -8,8 +8,11 @@ const char kInstallPath[] = "/opt/velmora/qel";
 
 std::string CFileUtility::SystemPath(const std::string& path) {
     const char* root = secure_getenv("QEL_SYSROOT");
-    if (root == nullptr || *root == '\0') return path;
+    if (root == nullptr || *root == '\0')
+        return path;
     return std::string(root) + path;
 }
 
-std::string CFileUtility::GetInstallPath(int) { return SystemPath(kInstallPath); }
+std::string CFileUtility::GetInstallPath(int) {
+    return SystemPath(kInstallPath);
+}

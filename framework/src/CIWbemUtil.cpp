@@ -7,7 +7,8 @@ const char kReturnValue[] = "ReturnValue";
 }
 
 HRESULT CIWbemUtil::setReturnValueToIWbemClassObject(IWbemClassObject* obj, unsigned long value) {
-    if (obj == nullptr) return kInvalidParameter;
+    if (obj == nullptr)
+        return kInvalidParameter;
     const long stored = static_cast<long>(value);
     if (boost::any* existing = obj->Get(kReturnValue)) {
         *existing = stored;
@@ -22,7 +23,8 @@ HRESULT CIWbemUtil::setParameterClassArrayToIWbemClassObject(IWbemClassObject* o
                                                              std::vector<IWbemClassObject*>* list) {
     if (obj == nullptr) {
         if (list != nullptr) {
-            for (IWbemClassObject* element : *list) delete element;
+            for (IWbemClassObject* element : *list)
+                delete element;
             delete list;
         }
         return kInvalidParameter;

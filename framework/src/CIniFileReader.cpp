@@ -13,7 +13,8 @@ struct IniParseContext {
     std::set<std::string> seen;
 
     void AddSection(const std::string& name) {
-        if (seen.insert(name).second) reader->sectionOrder_.push_back(name);
+        if (seen.insert(name).second)
+            reader->sectionOrder_.push_back(name);
     }
     void AddValue(const char* section, const char* name, const char* value) {
         const std::string trimmed = Trim(section);
@@ -24,8 +25,10 @@ struct IniParseContext {
     static std::string Trim(const char* text) {
         const char* begin = text;
         const char* end = text + std::strlen(text);
-        while (begin < end && (*begin == ' ' || *begin == '\t')) ++begin;
-        while (end > begin && (end[-1] == ' ' || end[-1] == '\t')) --end;
+        while (begin < end && (*begin == ' ' || *begin == '\t'))
+            ++begin;
+        while (end > begin && (end[-1] == ' ' || end[-1] == '\t'))
+            --end;
         return std::string(begin, end);
     }
 };
@@ -37,17 +40,21 @@ namespace {
 // below hands inih each line and notes section headers on the way, with
 // inih's own rule: after leading blanks a '[', the name up to ']', trimmed.
 void NoteSectionHeader(IniParseContext& ctx, const char* line) {
-    while (*line == ' ' || *line == '\t') ++line;
-    if (*line != '[') return;
+    while (*line == ' ' || *line == '\t')
+        ++line;
+    if (*line != '[')
+        return;
     const char* close = std::strchr(line + 1, ']');
-    if (close == nullptr) return;
+    if (close == nullptr)
+        return;
     ctx.AddSection(IniParseContext::Trim(std::string(line + 1, close).c_str()));
 }
 
 char* ReadLine(char* str, int num, void* stream) {
     IniParseContext& ctx = *static_cast<IniParseContext*>(stream);
     char* line = std::fgets(str, num, ctx.file);
-    if (line != nullptr) NoteSectionHeader(ctx, line);
+    if (line != nullptr)
+        NoteSectionHeader(ctx, line);
     return line;
 }
 
@@ -60,7 +67,8 @@ int OnValue(void* user, const char* section, const char* name, const char* value
 
 CIniFileReader::CIniFileReader(const std::string& path) {
     FILE* file = std::fopen(path.c_str(), "r");
-    if (file == nullptr) return;
+    if (file == nullptr)
+        return;
     IniParseContext ctx{this, file, {}};
     ini_parse_stream(&ReadLine, &ctx, &OnValue, &ctx);
     std::fclose(file);
@@ -71,9 +79,11 @@ CIniFileReader::~CIniFileReader() = default;
 bool CIniFileReader::find_section(const std::string& section, const std::string& key,
                                   std::string& value) {
     auto sec = values_.find(section);
-    if (sec == values_.end()) return false;
+    if (sec == values_.end())
+        return false;
     auto it = sec->second.find(key);
-    if (it == sec->second.end()) return false;
+    if (it == sec->second.end())
+        return false;
     value = it->second;
     return true;
 }

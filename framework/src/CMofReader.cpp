@@ -20,26 +20,30 @@ struct Value {
 // A recursive-descent reader over the text; every function returns false on
 // a syntax error, and the caller stops there.
 class MofParser {
-public:
+  public:
     explicit MofParser(const std::string& text)
         : p_(text.data()), end_(text.data() + text.size()) {}
 
     void Run(std::vector<CMofContents>& out) {
         for (;;) {
             SkipBlank();
-            if (p_ >= end_) return;
+            if (p_ >= end_)
+                return;
             if (*p_ == '#') {
                 SkipLine();
             } else if (*p_ == '[') {
-                if (!SkipBalanced('[', ']')) return;
+                if (!SkipBalanced('[', ']'))
+                    return;
             } else if (IsIdentStart(*p_)) {
                 std::string word = Identifier();
                 if (strcasecmp(word.c_str(), "instance") == 0) {
                     CMofContents contents;
                     bool complete = false;
                     bool ok = Instance(contents, complete);
-                    if (complete) out.push_back(contents);
-                    if (!ok) return;
+                    if (complete)
+                        out.push_back(contents);
+                    if (!ok)
+                        return;
                 } else if (!SkipDeclaration()) {
                     return;
                 }
@@ -51,7 +55,7 @@ public:
         }
     }
 
-private:
+  private:
     static bool IsIdentStart(char c) {
         return std::isalpha(static_cast<unsigned char>(c)) || c == '_';
     }
@@ -60,7 +64,8 @@ private:
     }
 
     void SkipLine() {
-        while (p_ < end_ && *p_ != '\n') ++p_;
+        while (p_ < end_ && *p_ != '\n')
+            ++p_;
     }
 
     // White space and both comment forms.
@@ -72,7 +77,8 @@ private:
                 SkipLine();
             } else if (end_ - p_ >= 2 && p_[0] == '/' && p_[1] == '*') {
                 p_ += 2;
-                while (p_ < end_ && !(end_ - p_ >= 2 && p_[0] == '*' && p_[1] == '/')) ++p_;
+                while (p_ < end_ && !(end_ - p_ >= 2 && p_[0] == '*' && p_[1] == '/'))
+                    ++p_;
                 p_ = (p_ < end_) ? p_ + 2 : end_;
             } else {
                 return;
@@ -82,7 +88,8 @@ private:
 
     std::string Identifier() {
         const char* start = p_;
-        while (p_ < end_ && IsIdentChar(*p_)) ++p_;
+        while (p_ < end_ && IsIdentChar(*p_))
+            ++p_;
         return std::string(start, p_);
     }
 
@@ -99,10 +106,12 @@ private:
     bool SkipQuoted() {
         char quote = *p_++;
         while (p_ < end_ && *p_ != quote) {
-            if (*p_ == '\\' && p_ + 1 < end_) ++p_;
+            if (*p_ == '\\' && p_ + 1 < end_)
+                ++p_;
             ++p_;
         }
-        if (p_ >= end_) return false;
+        if (p_ >= end_)
+            return false;
         ++p_;
         return true;
     }
@@ -112,15 +121,19 @@ private:
         int depth = 0;
         while (p_ < end_) {
             SkipBlank();
-            if (p_ >= end_) break;
+            if (p_ >= end_)
+                break;
             char c = *p_;
             if (c == '"' || c == '\'') {
-                if (!SkipQuoted()) return false;
+                if (!SkipQuoted())
+                    return false;
                 continue;
             }
             ++p_;
-            if (c == open) ++depth;
-            if (c == close && --depth == 0) return true;
+            if (c == open)
+                ++depth;
+            if (c == close && --depth == 0)
+                return true;
         }
         return false;
     }
@@ -129,28 +142,37 @@ private:
     bool SkipDeclaration() {
         while (p_ < end_) {
             SkipBlank();
-            if (p_ >= end_) break;
+            if (p_ >= end_)
+                break;
             char c = *p_;
             if (c == '"' || c == '\'') {
-                if (!SkipQuoted()) return false;
+                if (!SkipQuoted())
+                    return false;
             } else if (c == '{') {
-                if (!SkipBalanced('{', '}')) return false;
+                if (!SkipBalanced('{', '}'))
+                    return false;
             } else if (c == '(') {
-                if (!SkipBalanced('(', ')')) return false;
+                if (!SkipBalanced('(', ')'))
+                    return false;
             } else if (c == '[') {
-                if (!SkipBalanced('[', ']')) return false;
+                if (!SkipBalanced('[', ']'))
+                    return false;
             } else {
                 ++p_;
-                if (c == ';') return true;
+                if (c == ';')
+                    return true;
             }
         }
         return false;
     }
 
     static int HexDigit(char c) {
-        if (c >= '0' && c <= '9') return c - '0';
-        if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-        if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+        if (c >= '0' && c <= '9')
+            return c - '0';
+        if (c >= 'a' && c <= 'f')
+            return c - 'a' + 10;
+        if (c >= 'A' && c <= 'F')
+            return c - 'A' + 10;
         return -1;
     }
 
@@ -177,14 +199,25 @@ private:
                 out.push_back(c);
                 continue;
             }
-            if (p_ >= end_) return false;
+            if (p_ >= end_)
+                return false;
             char e = *p_++;
             switch (e) {
-                case 'b': out.push_back('\b'); break;
-                case 't': out.push_back('\t'); break;
-                case 'n': out.push_back('\n'); break;
-                case 'f': out.push_back('\f'); break;
-                case 'r': out.push_back('\r'); break;
+                case 'b':
+                    out.push_back('\b');
+                    break;
+                case 't':
+                    out.push_back('\t');
+                    break;
+                case 'n':
+                    out.push_back('\n');
+                    break;
+                case 'f':
+                    out.push_back('\f');
+                    break;
+                case 'r':
+                    out.push_back('\r');
+                    break;
                 case 'x':
                 case 'X': {
                     unsigned cp = 0;
@@ -193,14 +226,18 @@ private:
                         cp = cp * 16 + static_cast<unsigned>(HexDigit(*p_++));
                         ++digits;
                     }
-                    if (digits == 0) return false;
+                    if (digits == 0)
+                        return false;
                     AppendCodePoint(out, cp);
                     break;
                 }
-                default: out.push_back(e); break;  // \" \' \\ and the rest as written
+                default:
+                    out.push_back(e);
+                    break;  // \" \' \\ and the rest as written
             }
         }
-        if (p_ >= end_) return false;
+        if (p_ >= end_)
+            return false;
         ++p_;
         return true;
     }
@@ -208,7 +245,8 @@ private:
     // Adjacent literals are joined: "a" "b" is "ab".
     bool Strings(std::string& out) {
         while (p_ < end_ && *p_ == '"') {
-            if (!StringLiteral(out)) return false;
+            if (!StringLiteral(out))
+                return false;
             SkipBlank();
         }
         return true;
@@ -216,7 +254,8 @@ private:
 
     // The integer part of a non-negative real, 0 when it does not fit.
     static unsigned long long RealToMagnitude(double real) {
-        if (!(real >= 0.0 && real < 18446744073709551615.0)) return 0;
+        if (!(real >= 0.0 && real < 18446744073709551615.0))
+            return 0;
         return static_cast<unsigned long long>(real);
     }
 
@@ -224,11 +263,14 @@ private:
     // real number (read, kept as its integer part).
     bool Number(long long& value) {
         bool negative = false;
-        if (*p_ == '+' || *p_ == '-') negative = *p_++ == '-';
+        if (*p_ == '+' || *p_ == '-')
+            negative = *p_++ == '-';
         const char* start = p_;
-        while (p_ < end_ && (std::isalnum(static_cast<unsigned char>(*p_)) || *p_ == '.')) ++p_;
+        while (p_ < end_ && (std::isalnum(static_cast<unsigned char>(*p_)) || *p_ == '.'))
+            ++p_;
         std::string token(start, p_);
-        if (token.empty()) return false;
+        if (token.empty())
+            return false;
         unsigned long long magnitude = 0;
         char last = token.back();
         bool binary = (last == 'b' || last == 'B') && token.size() > 1 &&
@@ -245,7 +287,8 @@ private:
         } else {
             magnitude = RealToMagnitude(std::strtod(token.c_str(), &stop));
         }
-        if (stop != nullptr && *stop != '\0') return false;
+        if (stop != nullptr && *stop != '\0')
+            return false;
         // Two's-complement wrap on purpose: out-of-range numbers never trap.
         value = static_cast<long long>(negative ? 0ULL - magnitude : magnitude);
         return true;
@@ -253,7 +296,8 @@ private:
 
     bool Scalar(Value& value) {
         SkipBlank();
-        if (p_ >= end_) return false;
+        if (p_ >= end_)
+            return false;
         char c = *p_;
         if (c == '"') {
             value.kind = Value::kString;
@@ -261,7 +305,8 @@ private:
         }
         if (c == '\'') {
             const char* start = p_;
-            if (!SkipQuoted()) return false;
+            if (!SkipQuoted())
+                return false;
             value.kind = Value::kString;
             value.text.assign(start + 1, p_ - 1);
             return true;
@@ -271,7 +316,8 @@ private:
             return Number(value.integer);
         }
         if (IsIdentStart(c) || c == '$') {
-            if (c == '$') ++p_;
+            if (c == '$')
+                ++p_;
             std::string word = Identifier();
             if (strcasecmp(word.c_str(), "true") == 0) {
                 value.kind = Value::kInteger;
@@ -294,7 +340,8 @@ private:
             }
             for (;;) {
                 Value element;
-                if (!Scalar(element)) return false;
+                if (!Scalar(element))
+                    return false;
                 if (element.kind == Value::kString) {
                     value.list.push_back(element.text);
                 } else if (element.kind == Value::kInteger) {
@@ -314,53 +361,71 @@ private:
     static void Assign(CMofContents& contents, const std::string& name, const Value& value) {
         auto is = [&](const char* want) { return strcasecmp(name.c_str(), want) == 0; };
         std::string* text = nullptr;
-        if (is("Name")) text = &contents.Name;
-        if (is("Description")) text = &contents.Description;
-        if (is("ClassName")) text = &contents.ClassName;
-        if (is("ProviderFile")) text = &contents.ProviderFile;
-        if (text != nullptr && value.kind == Value::kString) *text = value.text;
+        if (is("Name"))
+            text = &contents.Name;
+        if (is("Description"))
+            text = &contents.Description;
+        if (is("ClassName"))
+            text = &contents.ClassName;
+        if (is("ProviderFile"))
+            text = &contents.ProviderFile;
+        if (text != nullptr && value.kind == Value::kString)
+            *text = value.text;
         if (is("Kind") && value.kind == Value::kInteger) {
             contents.Kind = static_cast<int32_t>(value.integer);
         }
         if (is("Flags") && value.kind == Value::kInteger) {
             contents.Flags = static_cast<uint8_t>(value.integer);
         }
-        if (is("Methods") && value.kind == Value::kList) contents.Methods = value.list;
+        if (is("Methods") && value.kind == Value::kList)
+            contents.Methods = value.list;
     }
 
     // After "instance": "of Class [as $alias] { properties };". `complete`
     // turns true once the closing brace is read.
     bool Instance(CMofContents& contents, bool& complete) {
         SkipBlank();
-        if (strcasecmp(Identifier().c_str(), "of") != 0) return false;
+        if (strcasecmp(Identifier().c_str(), "of") != 0)
+            return false;
         SkipBlank();
-        if (Identifier().empty()) return false;
+        if (Identifier().empty())
+            return false;
         SkipBlank();
         if (p_ < end_ && IsIdentStart(*p_)) {
-            if (strcasecmp(Identifier().c_str(), "as") != 0) return false;
+            if (strcasecmp(Identifier().c_str(), "as") != 0)
+                return false;
             SkipBlank();
-            if (p_ < end_ && *p_ == '$') ++p_;
-            if (Identifier().empty()) return false;
+            if (p_ < end_ && *p_ == '$')
+                ++p_;
+            if (Identifier().empty())
+                return false;
         }
-        if (!Expect('{')) return false;
+        if (!Expect('{'))
+            return false;
         for (;;) {
             SkipBlank();
-            if (p_ >= end_) return false;
+            if (p_ >= end_)
+                return false;
             if (*p_ == '}') {
                 ++p_;
                 complete = true;
                 return Expect(';');
             }
             if (*p_ == '[') {
-                if (!SkipBalanced('[', ']')) return false;
+                if (!SkipBalanced('[', ']'))
+                    return false;
                 continue;
             }
-            if (!IsIdentStart(*p_)) return false;
+            if (!IsIdentStart(*p_))
+                return false;
             std::string name = Identifier();
-            if (!Expect('=')) return false;
+            if (!Expect('='))
+                return false;
             Value value;
-            if (!PropertyValue(value)) return false;
-            if (!Expect(';')) return false;
+            if (!PropertyValue(value))
+                return false;
+            if (!Expect(';'))
+                return false;
             Assign(contents, name, value);
         }
     }
@@ -378,7 +443,8 @@ CMofReader::~CMofReader() = default;
 void CMofReader::ParseContents() {
     contents_.clear();
     std::ifstream in(path_, std::ios::binary);
-    if (!in) return;
+    if (!in)
+        return;
     std::ostringstream text;
     text << in.rdbuf();
     contents_ = ParseText(text.str());

@@ -43,7 +43,8 @@ const char* Env(const char* name) {
 }
 
 void CloseFileLocked(TraceState& state) {
-    if (state.ownsFd && state.fd >= 0) close(state.fd);
+    if (state.ownsFd && state.fd >= 0)
+        close(state.fd);
     state.fd = -1;
     state.ownsFd = false;
     state.path.clear();
@@ -68,7 +69,8 @@ void ConfigureLocked(TraceState& state) {
             }
             state.path = target;
         }
-        if (state.fd < 0) mask = 0;
+        if (state.fd < 0)
+            mask = 0;
     } else {
         CloseFileLocked(state);
     }
@@ -77,21 +79,26 @@ void ConfigureLocked(TraceState& state) {
 }
 
 void EnsureConfigured() {
-    if (g_envRead.load(std::memory_order_acquire)) return;
+    if (g_envRead.load(std::memory_order_acquire))
+        return;
     TraceState& state = State();
     std::lock_guard<std::mutex> lock(state.mutex);
-    if (!g_envRead.load(std::memory_order_relaxed)) ConfigureLocked(state);
+    if (!g_envRead.load(std::memory_order_relaxed))
+        ConfigureLocked(state);
 }
 
 std::string FormatV(const char* format, va_list args) {
-    if (format == nullptr) return std::string();
+    if (format == nullptr)
+        return std::string();
     char small[512];
     va_list copy;
     va_copy(copy, args);
     int needed = std::vsnprintf(small, sizeof small, format, copy);
     va_end(copy);
-    if (needed < 0) return std::string();
-    if (static_cast<size_t>(needed) < sizeof small) return std::string(small, needed);
+    if (needed < 0)
+        return std::string();
+    if (static_cast<size_t>(needed) < sizeof small)
+        return std::string(small, needed);
     std::string text(static_cast<size_t>(needed) + 1, '\0');
     std::vsnprintf(&text[0], text.size(), format, args);
     text.resize(static_cast<size_t>(needed));
@@ -104,9 +111,9 @@ std::string FileLine(const std::string& source, int level, const std::string& te
     struct tm parts;
     localtime_r(&now.tv_sec, &parts);
     char stamp[64];
-    std::snprintf(stamp, sizeof stamp, "%04d-%02d-%02d %02d:%02d:%02d.%06ld",
-                  parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour,
-                  parts.tm_min, parts.tm_sec, static_cast<long>(now.tv_usec));
+    std::snprintf(stamp, sizeof stamp, "%04d-%02d-%02d %02d:%02d:%02d.%06ld", parts.tm_year + 1900,
+                  parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec,
+                  static_cast<long>(now.tv_usec));
     char ids[96];
     std::snprintf(ids, sizeof ids, " [%d:%ld] ", static_cast<int>(getpid()),
                   static_cast<long>(syscall(SYS_gettid)));
@@ -122,8 +129,10 @@ void WriteAll(int fd, const std::string& line) {
     size_t left = line.size();
     while (left > 0) {
         ssize_t n = write(fd, data, left);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return;
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return;
         data += n;
         left -= static_cast<size_t>(n);
     }
@@ -146,13 +155,15 @@ void CTraceUtility::SetSink(Sink sink) {
 }
 
 bool CTraceUtility::IsEnabled(int level) {
-    if (g_hasSink.load(std::memory_order_acquire)) return true;
+    if (g_hasSink.load(std::memory_order_acquire))
+        return true;
     EnsureConfigured();
     return (g_fileMask.load(std::memory_order_relaxed) & static_cast<unsigned int>(level)) != 0;
 }
 
 void CTraceUtility::WriteDebug(const std::string& source, int level, const char* format, ...) {
-    if (!IsEnabled(level)) return;
+    if (!IsEnabled(level))
+        return;
     va_list args;
     va_start(args, format);
     std::string text = FormatV(format, args);

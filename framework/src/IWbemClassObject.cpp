@@ -17,16 +17,20 @@ void ForEachOwned(const boost::any& value, Visit visit, ObjectVector** ownedVect
     if (const auto* single = boost::any_cast<IWbemClassObject*>(&value)) {
         visit(*single);
     } else if (const auto* list = boost::any_cast<ObjectVector>(&value)) {
-        for (IWbemClassObject* element : *list) visit(element);
+        for (IWbemClassObject* element : *list)
+            visit(element);
     } else if (const auto* listPtr = boost::any_cast<ObjectVector*>(&value)) {
         if (*listPtr != nullptr) {
-            for (IWbemClassObject* element : **listPtr) visit(element);
+            for (IWbemClassObject* element : **listPtr)
+                visit(element);
             *ownedVector = *listPtr;
         }
     }
 }
 
-std::string Decimal(long long value) { return std::to_string(value); }
+std::string Decimal(long long value) {
+    return std::to_string(value);
+}
 
 }  // namespace
 
@@ -45,21 +49,26 @@ IWbemClassObject::~IWbemClassObject() {
         ForEachOwned(
             entry.second,
             [&](IWbemClassObject* obj) {
-                if (obj != nullptr && obj != this) objects.insert(obj);
+                if (obj != nullptr && obj != this)
+                    objects.insert(obj);
             },
             &ownedVector);
-        if (ownedVector != nullptr) vectors.push_back(ownedVector);
+        if (ownedVector != nullptr)
+            vectors.push_back(ownedVector);
     }
     entries_.clear();
-    for (IWbemClassObject* obj : objects) delete obj;
+    for (IWbemClassObject* obj : objects)
+        delete obj;
     std::unordered_set<ObjectVector*> freed;
     for (ObjectVector* vec : vectors) {
-        if (freed.insert(vec).second) delete vec;
+        if (freed.insert(vec).second)
+            delete vec;
     }
 }
 
 void IWbemClassObject::Release() {
-    if (!held_) delete this;
+    if (!held_)
+        delete this;
 }
 
 void IWbemClassObject::TakeOver(const boost::any& value) {
@@ -67,7 +76,8 @@ void IWbemClassObject::TakeOver(const boost::any& value) {
     ForEachOwned(
         value,
         [](IWbemClassObject* obj) {
-            if (obj != nullptr) obj->held_ = true;
+            if (obj != nullptr)
+                obj->held_ = true;
         },
         &ownedVector);
 }
@@ -79,14 +89,16 @@ void IWbemClassObject::push(std::string name, boost::any value) {
 
 const boost::any* IWbemClassObject::Get(const std::string& name) const {
     for (auto it = entries_.rbegin(); it != entries_.rend(); ++it) {
-        if (it->first == name) return &it->second;
+        if (it->first == name)
+            return &it->second;
     }
     return nullptr;
 }
 
 boost::any* IWbemClassObject::Get(const std::string& name) {
     for (auto it = entries_.rbegin(); it != entries_.rend(); ++it) {
-        if (it->first == name) return &it->second;
+        if (it->first == name)
+            return &it->second;
     }
     return nullptr;
 }
@@ -132,8 +144,7 @@ void IWbemClassObject::SetBool(std::string& out, std::string name, bool value) {
                           value ? qel::item::kTrue : qel::item::kFalse);
 }
 
-void IWbemClassObject::SetBool(std::string& out, std::string prefix, std::string name,
-                               bool value) {
+void IWbemClassObject::SetBool(std::string& out, std::string prefix, std::string name, bool value) {
     qel::item::AppendItem(out, qel::item::kTagBool, prefix + name,
                           value ? qel::item::kTrue : qel::item::kFalse);
 }
@@ -146,7 +157,8 @@ void IWbemClassObject::SetStringArray(std::string& out, std::string name,
     out.append(name);
     out.push_back(kFieldEnd);
     for (std::size_t i = 0; i < values.size(); ++i) {
-        if (i != 0) out.append(kArraySeparator, kArraySeparatorLength);
+        if (i != 0)
+            out.append(kArraySeparator, kArraySeparatorLength);
         AppendEscaped(out, values[i].data(), values[i].size());
     }
     out.push_back(kFieldEnd);

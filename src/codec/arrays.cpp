@@ -42,7 +42,8 @@ void CSerializedMsg::StringArray2Array(char* text, std::vector<std::string>& val
     for (char* pos = text;;) {
         qel::ItemView item;
         qel::ScanItem(pos, item);
-        if (!item.complete() || !item.TagEquals(qel::item::kTagStringArray)) return;
+        if (!item.complete() || !item.TagEquals(qel::item::kTagStringArray))
+            return;
         qel::SplitArrayValue(item.Value(), kStringArraySplit, values);
         pos = item.next;
     }
@@ -57,21 +58,24 @@ void CSerializedMsg::String2Array(char* text, std::vector<std::string>& values) 
     for (char* pos = text;;) {
         qel::ItemView item;
         qel::ScanItem(pos, item);
-        if (!item.complete()) return;
+        if (!item.complete())
+            return;
         values.push_back(item.Value());
         pos = item.next;
     }
 }
 
 std::string CSerializedMsg::getString(const char* text) {
-    if (text == nullptr) return std::string();
+    if (text == nullptr)
+        return std::string();
     qel::ItemView item;
     qel::ScanItem(const_cast<char*>(text), item);  // read only
     return item.complete() ? item.Value() : std::string();
 }
 
 bool CSerializedMsg::getBool(const char* text) {
-    if (text == nullptr) return false;
+    if (text == nullptr)
+        return false;
     qel::ItemView item;
     qel::ScanItem(const_cast<char*>(text), item);  // read only
     return item.complete() && item.valueLength == 1 && item.value[0] == '1';

@@ -23,14 +23,17 @@ std::size_t Hash(const char* name, std::size_t length) {
 
 }  // namespace
 
-void SetItemIndexEnabled(bool enabled) { g_enabled = enabled; }
+void SetItemIndexEnabled(bool enabled) {
+    g_enabled = enabled;
+}
 
 ItemIndex::ItemIndex(char* text) : buckets_(64) {
     char* pos = text;
     for (;;) {
         ItemView item;
         ScanItem(pos, item);
-        if (!item.complete()) break;
+        if (!item.complete())
+            break;
         const uint32_t number = static_cast<uint32_t>(items_.size());
         items_.push_back(item);
         starts_.push_back(pos);
@@ -47,14 +50,16 @@ ItemIndex::Bucket& ItemIndex::Insert(const char* name, std::size_t length) {
         std::size_t used = 0;
         for (;; slot = (slot + 1) & mask, ++used) {
             Bucket& bucket = buckets_[slot];
-            if (bucket.name == nullptr) break;
+            if (bucket.name == nullptr)
+                break;
             if (bucket.length == length && std::memcmp(bucket.name, name, length) == 0) {
                 return bucket;
             }
         }
         // Keep the table at most half full; grow and retry.
         std::size_t filled = 0;
-        for (const Bucket& bucket : buckets_) filled += bucket.name != nullptr;
+        for (const Bucket& bucket : buckets_)
+            filled += bucket.name != nullptr;
         if ((filled + 1) * 2 <= buckets_.size()) {
             Bucket& bucket = buckets_[slot];
             bucket.name = name;
@@ -65,9 +70,11 @@ ItemIndex::Bucket& ItemIndex::Insert(const char* name, std::size_t length) {
         old.swap(buckets_);
         buckets_.resize(old.size() * 2);
         for (Bucket& moved : old) {
-            if (moved.name == nullptr) continue;
+            if (moved.name == nullptr)
+                continue;
             std::size_t to = Hash(moved.name, moved.length) & (buckets_.size() - 1);
-            while (buckets_[to].name != nullptr) to = (to + 1) & (buckets_.size() - 1);
+            while (buckets_[to].name != nullptr)
+                to = (to + 1) & (buckets_.size() - 1);
             buckets_[to] = std::move(moved);
         }
     }
@@ -77,7 +84,8 @@ const ItemIndex::Bucket* ItemIndex::Lookup(const char* name, std::size_t length)
     const std::size_t mask = buckets_.size() - 1;
     for (std::size_t slot = Hash(name, length) & mask;; slot = (slot + 1) & mask) {
         const Bucket& bucket = buckets_[slot];
-        if (bucket.name == nullptr) return nullptr;
+        if (bucket.name == nullptr)
+            return nullptr;
         if (bucket.length == length && std::memcmp(bucket.name, name, length) == 0) {
             return &bucket;
         }
@@ -90,14 +98,16 @@ bool ItemIndex::Locate(const char* pos, std::size_t* index) const {
         return true;
     }
     auto it = std::lower_bound(starts_.begin(), starts_.end(), pos);
-    if (it == starts_.end() || *it != pos) return false;
+    if (it == starts_.end() || *it != pos)
+        return false;
     *index = static_cast<std::size_t>(it - starts_.begin());
     return true;
 }
 
 const ItemView* ItemIndex::Find(std::size_t index, const KeyMatch& key) const {
     const Bucket* bucket = Lookup(key.text, key.length);
-    if (bucket == nullptr) return nullptr;
+    if (bucket == nullptr)
+        return nullptr;
     const std::vector<uint32_t>& list = bucket->items;
     const uint32_t wanted = static_cast<uint32_t>(index);
     // Gallop forward from where this name's last search ended; search the
@@ -108,14 +118,16 @@ const ItemView* ItemIndex::Find(std::size_t index, const KeyMatch& key) const {
     if (hint == 0 || list[hint - 1] < wanted) {
         low = hint;
         std::size_t step = 1;
-        while (low + step < list.size() && list[low + step] < wanted) step *= 2;
+        while (low + step < list.size() && list[low + step] < wanted)
+            step *= 2;
         high = std::min(list.size(), low + step + 1);
     } else {
         high = hint;
     }
     auto it = std::lower_bound(list.begin() + low, list.begin() + high, wanted);
     bucket->hint = static_cast<std::size_t>(it - list.begin());
-    if (it == list.end()) return nullptr;
+    if (it == list.end())
+        return nullptr;
     const ItemView* item = &items_[*it];
     lastNext_ = item->next;
     lastNextIndex_ = *it + 1;
@@ -124,7 +136,8 @@ const ItemView* ItemIndex::Find(std::size_t index, const KeyMatch& key) const {
 
 IndexScope::IndexScope(CSerializedMsg& codec, char* text)
     : codec_(codec), previous_(codec.m_searchIndex) {
-    if (text == nullptr || !g_enabled || strnlen(text, kSmallText) < kSmallText) return;
+    if (text == nullptr || !g_enabled || strnlen(text, kSmallText) < kSmallText)
+        return;
     index_ = new ItemIndex(text);
     codec_.m_searchIndex = index_;
 }

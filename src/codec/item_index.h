@@ -22,7 +22,7 @@ class CSerializedMsg;
 namespace qel {
 
 class ItemIndex {
-public:
+  public:
     explicit ItemIndex(char* text);
 
     // Whether `pos` starts an item of the chain (or is where the chain
@@ -34,11 +34,11 @@ public:
 
     std::size_t size() const { return items_.size(); }
 
-private:
+  private:
     struct Bucket {
         const char* name = nullptr;
         std::size_t length = 0;
-        std::vector<uint32_t> items;  // item numbers, ascending
+        std::vector<uint32_t> items;   // item numbers, ascending
         mutable std::size_t hint = 0;  // where the last search of this name ended
     };
     const Bucket* Lookup(const char* name, std::size_t length) const;
@@ -55,13 +55,13 @@ private:
 
 // Makes a codec's forward searches use an index of `text` while it lives.
 class IndexScope {
-public:
+  public:
     IndexScope(CSerializedMsg& codec, char* text);
     ~IndexScope();
     IndexScope(const IndexScope&) = delete;
     IndexScope& operator=(const IndexScope&) = delete;
 
-private:
+  private:
     CSerializedMsg& codec_;
     const ItemIndex* previous_;
     ItemIndex* index_ = nullptr;

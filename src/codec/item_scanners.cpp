@@ -16,8 +16,10 @@ enum class Match { kUnreadable, kOtherName, kMatched };
 Match MatchOne(char* pos, const qel::KeyMatch& key, std::string* value, char** next) {
     qel::ItemView item;
     qel::ScanItem(pos, item);
-    if (item.fields < 2 || item.nameLength == 0) return Match::kUnreadable;
-    if (!item.NameEquals(key.text, key.length)) return Match::kOtherName;
+    if (item.fields < 2 || item.nameLength == 0)
+        return Match::kUnreadable;
+    if (!item.NameEquals(key.text, key.length))
+        return Match::kOtherName;
     if (item.complete()) {
         *value = item.Value();
         *next = item.next;
@@ -31,26 +33,33 @@ Match MatchOne(char* pos, const qel::KeyMatch& key, std::string* value, char** n
 // compareItem's contract on top of MatchOne: next position, `pos` when the
 // item has another name, null when nothing can be read.
 char* CompareOne(char* pos, const char* key, std::string& value) {
-    if (pos == nullptr) return nullptr;
+    if (pos == nullptr)
+        return nullptr;
     char* next = nullptr;
     switch (MatchOne(pos, qel::PathKey(key), &value, &next)) {
-        case Match::kUnreadable: return nullptr;
-        case Match::kOtherName: return pos;
-        case Match::kMatched: return next;
+        case Match::kUnreadable:
+            return nullptr;
+        case Match::kOtherName:
+            return pos;
+        case Match::kMatched:
+            return next;
     }
     return nullptr;
 }
 
 }  // namespace
 
-char* CSerializedMsg::getItem(char* pos, std::string& type, std::string& name,
-                              std::string& value) {
-    if (pos == nullptr) return nullptr;
+char* CSerializedMsg::getItem(char* pos, std::string& type, std::string& name, std::string& value) {
+    if (pos == nullptr)
+        return nullptr;
     qel::ItemView item;
     qel::ScanItem(pos, item);
-    if (item.fields >= 1) type.assign(item.tag, item.tagLength);
-    if (item.fields >= 2) name.assign(item.name, item.nameLength);
-    if (!item.complete()) return nullptr;
+    if (item.fields >= 1)
+        type.assign(item.tag, item.tagLength);
+    if (item.fields >= 2)
+        name.assign(item.name, item.nameLength);
+    if (!item.complete())
+        return nullptr;
     value = item.Value();
     return item.next;
 }
@@ -58,7 +67,8 @@ char* CSerializedMsg::getItem(char* pos, std::string& type, std::string& name,
 char* CSerializedMsg::getItem(char* pos, std::string& type, std::string& name, int& value) {
     std::string text;
     char* next = getItem(pos, type, name, text);
-    if (next != nullptr) value = static_cast<int>(qel::ParseDecimal(text));
+    if (next != nullptr)
+        value = static_cast<int>(qel::ParseDecimal(text));
     return next;
 }
 
@@ -70,21 +80,24 @@ char* CSerializedMsg::compareItem(char* pos, const char* key, bool& value) {
     value = false;
     std::string text;
     char* next = CompareOne(pos, key, text);
-    if (next != nullptr) value = text == qel::item::kTrue;
+    if (next != nullptr)
+        value = text == qel::item::kTrue;
     return next;
 }
 
 char* CSerializedMsg::compareItem(char* pos, const char* key, int& value) {
     std::string text;
     char* next = CompareOne(pos, key, text);
-    if (next != nullptr) value = static_cast<int>(qel::ParseDecimal(text));
+    if (next != nullptr)
+        value = static_cast<int>(qel::ParseDecimal(text));
     return next;
 }
 
 char* CSerializedMsg::compareItem(char* pos, const char* key, IWbemClassObject& obj) {
     std::string text;
     char* next = CompareOne(pos, key, text);
-    if (next != nullptr) obj.push(key, text);
+    if (next != nullptr)
+        obj.push(key, text);
     return next;
 }
 
@@ -109,19 +122,22 @@ char* CSerializedMsg::compareItem(char* pos, const std::string& prefix, const ch
 }
 
 bool CSerializedMsg::compareItem2(char* pos, const char* key, std::string& value) {
-    if (pos == nullptr) return false;
+    if (pos == nullptr)
+        return false;
     const qel::KeyMatch match = qel::PathKey(key);
     std::size_t index = 0;
     if (m_searchIndex != nullptr && m_searchIndex->Locate(pos, &index)) {
         const qel::ItemView* item = m_searchIndex->Find(index, match);
-        if (item == nullptr) return false;
+        if (item == nullptr)
+            return false;
         value = item->Value();
         return true;
     }
     while (*pos != '\0') {
         qel::ItemView item;
         qel::ScanItem(pos, item);
-        if (!item.complete()) return false;
+        if (!item.complete())
+            return false;
         if (item.NameEquals(match.text, match.length)) {
             value = item.Value();
             return true;
@@ -146,7 +162,8 @@ char* CSerializedMsg::getParam(char* pos, const char* key, std::string& value) {
     while (pos != nullptr) {
         qel::ItemView item;
         qel::ScanItem(pos, item);
-        if (!item.complete()) break;
+        if (!item.complete())
+            break;
         if (item.NameEquals(match.text, match.length)) {
             value = item.Value();
             return item.next;

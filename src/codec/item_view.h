@@ -49,19 +49,22 @@ struct ItemView {
 inline void ScanItem(char* pos, ItemView& item) {
     item.fields = 0;
     char* end = std::strchr(pos, item::kFieldEnd);
-    if (end == nullptr) return;
+    if (end == nullptr)
+        return;
     item.tag = pos;
     item.tagLength = static_cast<std::size_t>(end - pos);
     item.fields = 1;
     pos = end + 1;
     end = std::strchr(pos, item::kFieldEnd);
-    if (end == nullptr) return;
+    if (end == nullptr)
+        return;
     item.name = pos;
     item.nameLength = static_cast<std::size_t>(end - pos);
     item.fields = 2;
     pos = end + 1;
     end = std::strchr(pos, item::kFieldEnd);
-    if (end == nullptr) return;
+    if (end == nullptr)
+        return;
     item.value = pos;
     item.valueLength = static_cast<std::size_t>(end - pos);
     item.fields = 3;
@@ -82,11 +85,15 @@ inline KeyMatch PathKey(const char* key) {
     return KeyMatch{last, std::strlen(last)};
 }
 
-inline KeyMatch ExactKey(const char* key) { return KeyMatch{key, std::strlen(key)}; }
+inline KeyMatch ExactKey(const char* key) {
+    return KeyMatch{key, std::strlen(key)};
+}
 
 // strtol, base 10: leading blanks and a sign accepted, trailing text
 // ignored, nothing readable gives 0, out of range saturates.
-inline long ParseDecimal(const std::string& text) { return std::strtol(text.c_str(), nullptr, 10); }
+inline long ParseDecimal(const std::string& text) {
+    return std::strtol(text.c_str(), nullptr, 10);
+}
 
 // The rules by which the array readers split a "!#"-joined value.
 struct SplitRules {
@@ -97,20 +104,23 @@ struct SplitRules {
 inline void SplitArrayValue(const std::string& value, SplitRules rules,
                             std::vector<std::string>& out) {
     if (value.empty()) {
-        if (rules.emptyGivesOneElement) out.emplace_back();
+        if (rules.emptyGivesOneElement)
+            out.emplace_back();
         return;
     }
     std::string::size_type start = 0;
     for (;;) {
         std::string::size_type hit = value.find(item::kArraySeparator, start);
-        if (hit == std::string::npos) break;
+        if (hit == std::string::npos)
+            break;
         out.emplace_back(value, start, hit - start);
         start = hit + item::kArraySeparatorLength;
     }
     std::string::size_type stop = std::string::npos;
     if (rules.cutLastAtFieldEnd) {
         stop = value.find(item::kFieldEnd, start);
-        if (stop != std::string::npos) stop -= start;
+        if (stop != std::string::npos)
+            stop -= start;
     }
     out.emplace_back(value, start, stop);
 }

@@ -32,14 +32,16 @@ void CSerializedMsg::String2IWbem(char* text, IWbemClassObject& obj) {
         for (char* pos = text;;) {
             qel::ItemView item;
             qel::ScanItem(pos, item);
-            if (!item.complete()) break;
+            if (!item.complete())
+                break;
             pos = item.next;
             if (item.TagEquals(kTagClass) || item.TagEquals(kTagClassArray)) {
                 if (!nestedName.empty()) {
                     Unsupported(qel::sig::kMsgUnsupportedNode, item);
                     continue;
                 }
-                if (nested == nullptr) nested = new IWbemClassObject;
+                if (nested == nullptr)
+                    nested = new IWbemClassObject;
                 target = nested;
                 nestedName = item.Name();
             } else if (item.TagEquals(kTagString)) {
@@ -65,5 +67,6 @@ void CSerializedMsg::String2IWbem(char* text, IWbemClassObject& obj) {
         delete nested;  // only allocation can throw here; nothing may leak
         throw;
     }
-    if (nested != nullptr) obj.push(nestedName, nested);
+    if (nested != nullptr)
+        obj.push(nestedName, nested);
 }

@@ -12,14 +12,16 @@ namespace qel {
 
 // Appends one item per field through the item writers of `target`.
 class ItemWriter {
-public:
+  public:
     ItemWriter(IWbemClassObject& target, std::string& out) : target_(target), out_(out) {}
-    void String(const char* name, const std::string& value) { target_.SetString(out_, name, value); }
+    void String(const char* name, const std::string& value) {
+        target_.SetString(out_, name, value);
+    }
     void Int(const char* name, int value) { target_.SetInt(out_, name, value); }
     void UInt(const char* name, unsigned int value) { target_.SetUInt(out_, name, value); }
     void Bool(const char* name, bool value) { target_.SetBool(out_, name, value); }
 
-private:
+  private:
     IWbemClassObject& target_;
     std::string& out_;
 };
@@ -27,9 +29,11 @@ private:
 // Reads one item per field, each at the position the previous read returned
 // (compareItem: a missing item is skipped without moving on).
 class ChainReader {
-public:
+  public:
     ChainReader(CSerializedMsg& codec, char* pos) : codec_(codec), pos_(pos) {}
-    void String(const char* name, std::string& value) { pos_ = codec_.compareItem(pos_, name, value); }
+    void String(const char* name, std::string& value) {
+        pos_ = codec_.compareItem(pos_, name, value);
+    }
     void Int(const char* name, int& value) { pos_ = codec_.compareItem(pos_, name, value); }
     // The number is stored into the unsigned field as its 32-bit pattern.
     void UInt(const char* name, unsigned int& value) {
@@ -45,7 +49,7 @@ public:
     }
     char* pos() const { return pos_; }
 
-private:
+  private:
     CSerializedMsg& codec_;
     char* pos_;
 };

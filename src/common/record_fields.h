@@ -15,8 +15,8 @@ namespace qel {
 
 // R is the record type, possibly const.
 template <class R, class V>
-typename std::enable_if<std::is_same<typename std::remove_const<R>::type,
-                                     CVELMORA_DownloadSetting>::value>::type
+typename std::enable_if<
+    std::is_same<typename std::remove_const<R>::type, CVELMORA_DownloadSetting>::value>::type
 VisitFields(R& r, V& v) {
     v.Int("DownloadType", r.DownloadType);
     v.String("WebSiteUrl", r.WebSiteUrl);
@@ -45,8 +45,8 @@ VisitFields(R& r, V& v) {
 }
 
 template <class R, class V>
-typename std::enable_if<std::is_same<typename std::remove_const<R>::type,
-                                     CVelmora_PriorityUpdateParam>::value>::type
+typename std::enable_if<
+    std::is_same<typename std::remove_const<R>::type, CVelmora_PriorityUpdateParam>::value>::type
 VisitFields(R& r, V& v) {
     v.String("AppKey", r.AppKey);
     v.UInt("UpdatePriority", r.UpdatePriority);
@@ -95,17 +95,29 @@ VisitFields(R& r, V& v) {
 }
 
 // Section names of the settings records.
-inline const char* SectionName(const CVELMORA_DownloadSetting&) { return "DownloadSetting"; }
-inline const char* SectionName(const CVELMORA_DownloadSchedule&) { return "DownloadSchedule"; }
-inline const char* SectionName(const CVELMORA_UpdateSchedule&) { return "UpdateSchedule"; }
+inline const char* SectionName(const CVELMORA_DownloadSetting&) {
+    return "DownloadSetting";
+}
+inline const char* SectionName(const CVELMORA_DownloadSchedule&) {
+    return "DownloadSchedule";
+}
+inline const char* SectionName(const CVELMORA_UpdateSchedule&) {
+    return "UpdateSchedule";
+}
 inline const char* SectionName(const CVelmora_PriorityUpdateParam&) {
     return "Velmora_PriorityUpdateParam";
 }
 
 // Header item names of the list bodies.
-inline const char* ListHeader(const CVELMORA_QelVersionInfo&) { return "QelVersionInfoList"; }
-inline const char* ListHeader(const CVELMORA_UpdatePlans&) { return "UpdatePlansList"; }
-inline const char* ListHeader(const CVELMORA_VersionUpdateLog&) { return "VersionUpdateLogList"; }
+inline const char* ListHeader(const CVELMORA_QelVersionInfo&) {
+    return "QelVersionInfoList";
+}
+inline const char* ListHeader(const CVELMORA_UpdatePlans&) {
+    return "UpdatePlansList";
+}
+inline const char* ListHeader(const CVELMORA_VersionUpdateLog&) {
+    return "VersionUpdateLogList";
+}
 
 }  // namespace qel
 

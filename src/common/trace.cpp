@@ -31,22 +31,26 @@ std::string FormatRc(HRESULT rc, RcForm form) {
 }
 
 void TraceEnter(const std::string& source, const char* signature) {
-    if (!CTraceUtility::IsEnabled(kLevelEntry)) return;
+    if (!CTraceUtility::IsEnabled(kLevelEntry))
+        return;
     Write(source, kLevelEntry, std::string(kEnter) + signature);
 }
 
 void TraceEnter(const std::string& source, const char* signature, const std::string& detail) {
-    if (!CTraceUtility::IsEnabled(kLevelEntry)) return;
+    if (!CTraceUtility::IsEnabled(kLevelEntry))
+        return;
     Write(source, kLevelEntry, std::string(kEnter) + signature + " " + detail);
 }
 
 void TraceLeave(const std::string& source, const char* signature) {
-    if (!CTraceUtility::IsEnabled(kLevelEntry)) return;
+    if (!CTraceUtility::IsEnabled(kLevelEntry))
+        return;
     Write(source, kLevelEntry, std::string(kLeave) + signature);
 }
 
 void TraceLeave(const std::string& source, const char* signature, HRESULT rc, RcForm form) {
-    if (!CTraceUtility::IsEnabled(kLevelEntry)) return;
+    if (!CTraceUtility::IsEnabled(kLevelEntry))
+        return;
     Write(source, kLevelEntry, std::string(kLeave) + signature + kRcSeparator + FormatRc(rc, form));
 }
 
@@ -56,7 +60,8 @@ void TraceMessageLine(const std::string& source, int level, const char* text) {
 
 void TraceMessage(const std::string& source, int level, const char* signature,
                   const char* messageFormat, const char* argument) {
-    if (!CTraceUtility::IsEnabled(level)) return;
+    if (!CTraceUtility::IsEnabled(level))
+        return;
     std::string text(signature);
     text.push_back(' ');
     if (argument == nullptr) {

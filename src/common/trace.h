@@ -49,7 +49,9 @@ void TraceMessage(const std::string& source, int level, const char* signature,
 
 // The result code as the 32-bit value zero-extended, which is how the
 // operations hand codes to their callers.
-inline HRESULT ZeroExtend(HRESULT rc) { return static_cast<HRESULT>(static_cast<uint32_t>(rc)); }
+inline HRESULT ZeroExtend(HRESULT rc) {
+    return static_cast<HRESULT>(static_cast<uint32_t>(rc));
+}
 
 }  // namespace qel
 

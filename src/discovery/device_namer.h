@@ -14,11 +14,11 @@ namespace qel {
 namespace discovery {
 
 class DeviceNamer {
-public:
+  public:
     DeviceNamer(const std::string& traceName, bool batch) : traceName_(traceName), batch_(batch) {}
     void Name(CVelmora_DeviceInfo& device);
 
-private:
+  private:
     PciDatabase* Database();
 
     const std::string& traceName_;

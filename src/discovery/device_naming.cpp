@@ -16,7 +16,9 @@ namespace {
 
 using namespace qel::discovery;
 
-bool IsLineEnd(char c) { return c == '\n' || c == '\r'; }
+bool IsLineEnd(char c) {
+    return c == '\n' || c == '\r';
+}
 
 }  // namespace
 
@@ -29,7 +31,8 @@ bool CSomIf::readDeviceInfo(std::list<std::string>& devices) {
         return false;
     }
     std::string word;
-    while (in >> word) devices.push_back(word);
+    while (in >> word)
+        devices.push_back(word);
     return true;
 }
 
@@ -40,16 +43,21 @@ std::string CSomIf::GetVendorName(std::string line) {
 bool CSomIf::FindDeviceId(const char* deviceId, FILE* file, char*& line, size_t* capacity) {
     for (;;) {
         ssize_t length = getline(&line, capacity, file);
-        if (length <= 0) return false;
+        if (length <= 0)
+            return false;
         const char first = line[0];
-        if (first != '\t' && first != '#' && first != ' ') return false;  // the vendor's block ended
-        if (line[1] == '\t') continue;  // a subsystem line
-        if (std::strncmp(line + 1, deviceId, kIdDigits) != 0) continue;
+        if (first != '\t' && first != '#' && first != ' ')
+            return false;  // the vendor's block ended
+        if (line[1] == '\t')
+            continue;  // a subsystem line
+        if (std::strncmp(line + 1, deviceId, kIdDigits) != 0)
+            continue;
         // The name: from offset 7 to the line end, moved to the buffer's start.
         size_t begin = static_cast<size_t>(length) < kDeviceNameOffset ? static_cast<size_t>(length)
-                                                                        : kDeviceNameOffset;
+                                                                       : kDeviceNameOffset;
         size_t end = begin;
-        while (end < static_cast<size_t>(length) && !IsLineEnd(line[end])) ++end;
+        while (end < static_cast<size_t>(length) && !IsLineEnd(line[end]))
+            ++end;
         std::memmove(line, line + begin, end - begin);
         line[end - begin] = '\0';
         return true;
@@ -64,7 +72,8 @@ PciDatabase* DeviceNamer::Database() {
         loaded_ = true;
         path_ = CFileUtility::SystemPath(kPciIdsFile);
         db_ = PciDatabase::Load(path_, &error_);
-        if (db_ != nullptr && batch_) db_->BuildIndex();
+        if (db_ != nullptr && batch_)
+            db_->BuildIndex();
     }
     return db_.get();
 }
@@ -78,7 +87,8 @@ void DeviceNamer::Name(CVelmora_DeviceInfo& device) {
         return;
     }
     // An identifier too short to hold both numbers is not looked up.
-    if (id.size() < kMinimumIdLength) return;
+    if (id.size() < kMinimumIdLength)
+        return;
     PciDatabase* db = Database();
     if (db == nullptr) {
         CTraceUtility::WriteDebug(traceName_, kLevelError, QEL_OPEN_FAILED_LINE,
@@ -88,8 +98,10 @@ void DeviceNamer::Name(CVelmora_DeviceInfo& device) {
     const PciDatabase::Result found =
         db->Lookup(CStringUtil::StringToLowerCase(id.substr(kVendorOffset, kIdDigits)),
                    CStringUtil::StringToLowerCase(id.substr(kDeviceOffset, kIdDigits)));
-    if (found.vendorFound) device.DeviceVendorName = found.vendorName;
-    if (found.deviceFound) device.DeviceName = found.deviceName;
+    if (found.vendorFound)
+        device.DeviceVendorName = found.vendorName;
+    if (found.deviceFound)
+        device.DeviceName = found.deviceName;
     TraceLeave(traceName_, sig::kGetDeviceName);
 }
 

@@ -11,7 +11,9 @@ namespace {
 const std::size_t kNameOffset = 7;  // tab, 4 digits, 2 blanks
 const std::size_t kBlockSize = 1 << 16;
 
-bool IsLineEnd(char c) { return c == '\n' || c == '\r'; }
+bool IsLineEnd(char c) {
+    return c == '\n' || c == '\r';
+}
 
 uint32_t Key(const char* four) {
     uint32_t key;
@@ -30,15 +32,17 @@ std::unique_ptr<PciDatabase> PciDatabase::Load(const std::string& path, int* err
     std::unique_ptr<PciDatabase> db(new PciDatabase);
     char block[kBlockSize];
     std::size_t n;
-    while ((n = std::fread(block, 1, sizeof block, file)) > 0) db->text_.append(block, n);
+    while ((n = std::fread(block, 1, sizeof block, file)) > 0)
+        db->text_.append(block, n);
     std::fclose(file);
     return db;
 }
 
 std::size_t PciDatabase::LineEnd(std::size_t pos) const {
     const void* nl = std::memchr(text_.data() + pos, '\n', text_.size() - pos);
-    return nl == nullptr ? text_.size()
-                         : static_cast<std::size_t>(static_cast<const char*>(nl) - text_.data()) + 1;
+    return nl == nullptr
+               ? text_.size()
+               : static_cast<std::size_t>(static_cast<const char*>(nl) - text_.data()) + 1;
 }
 
 // Whether the line [pos, lineEnd) holds `four` at `offset`, compared as
@@ -47,8 +51,10 @@ bool PciDatabase::StartsWith(std::size_t pos, std::size_t lineEnd, std::size_t o
                              const std::string& four) const {
     for (std::size_t k = 0; k < four.size(); ++k) {
         const char c = pos + offset + k < lineEnd ? text_[pos + offset + k] : '\0';
-        if (c != four[k]) return false;
-        if (c == '\0') return true;
+        if (c != four[k])
+            return false;
+        if (c == '\0')
+            return true;
     }
     return true;
 }
@@ -68,17 +74,18 @@ void PciDatabase::BuildIndex() {
 // The next line at or after `pos` that the vendor search would match.
 std::size_t PciDatabase::NextVendorCandidate(std::size_t pos, const std::string& vendor) const {
     if (indexed_) {
-        if (vendor.size() != 4 || vendor.find('\0') != std::string::npos) return text_.size();
+        if (vendor.size() != 4 || vendor.find('\0') != std::string::npos)
+            return text_.size();
         auto it = vendorLines_.find(Key(vendor.data()));
-        if (it == vendorLines_.end()) return text_.size();
+        if (it == vendorLines_.end())
+            return text_.size();
         auto line = std::lower_bound(it->second.begin(), it->second.end(), pos);
         return line == it->second.end() ? text_.size() : *line;
     }
     while (pos < text_.size()) {
         const std::size_t end = LineEnd(pos);
         const char first = text_[pos];
-        if (first != '\t' && first != '#' && !IsLineEnd(first) &&
-            StartsWith(pos, end, 0, vendor)) {
+        if (first != '\t' && first != '#' && !IsLineEnd(first) && StartsWith(pos, end, 0, vendor)) {
             return pos;
         }
         pos = end;
@@ -101,7 +108,8 @@ bool PciDatabase::FindDevice(std::size_t pos, const std::string& device, std::si
         if (!subsystem && StartsWith(pos, end, 1, device)) {
             std::size_t begin = std::min(pos + kNameOffset, end);
             std::size_t stop = begin;
-            while (stop < end && !IsLineEnd(text_[stop])) ++stop;
+            while (stop < end && !IsLineEnd(text_[stop]))
+                ++stop;
             name->assign(text_, begin, stop - begin);
             return true;
         }
@@ -115,7 +123,8 @@ bool PciDatabase::FindDevice(std::size_t pos, const std::string& device, std::si
 // remembered (the first line per number wins, as in the walk).
 const PciDatabase::Block& PciDatabase::BlockAfter(std::size_t vendorLine) {
     auto cached = blocks_.find(vendorLine);
-    if (cached != blocks_.end()) return cached->second;
+    if (cached != blocks_.end())
+        return cached->second;
     Block& block = blocks_[vendorLine];
     std::size_t pos = LineEnd(vendorLine);
     for (;;) {
@@ -135,7 +144,8 @@ const PciDatabase::Block& PciDatabase::BlockAfter(std::size_t vendorLine) {
             if (block.devices.find(key) == block.devices.end()) {
                 std::size_t begin = std::min(pos + kNameOffset, end);
                 std::size_t stop = begin;
-                while (stop < end && !IsLineEnd(text_[stop])) ++stop;
+                while (stop < end && !IsLineEnd(text_[stop]))
+                    ++stop;
                 block.devices.emplace(key, text_.substr(begin, stop - begin));
             }
         }
@@ -146,10 +156,12 @@ const PciDatabase::Block& PciDatabase::BlockAfter(std::size_t vendorLine) {
 
 PciDatabase::Result PciDatabase::Lookup(const std::string& vendor, const std::string& device) {
     Result result;
-    const bool fastDevice = indexed_ && device.size() == 4 && device.find('\0') == std::string::npos;
+    const bool fastDevice =
+        indexed_ && device.size() == 4 && device.find('\0') == std::string::npos;
     for (std::size_t pos = 0;;) {
         pos = NextVendorCandidate(pos, vendor);
-        if (pos >= text_.size()) return result;
+        if (pos >= text_.size())
+            return result;
         const std::size_t end = LineEnd(pos);
         result.vendorFound = true;
         result.vendorName = VendorName(text_.data() + pos, end - pos);
@@ -173,7 +185,8 @@ PciDatabase::Result PciDatabase::Lookup(const std::string& vendor, const std::st
 
 std::string PciDatabase::VendorName(const char* line, std::size_t length) {
     std::size_t end = 0;
-    while (end < length && !IsLineEnd(line[end])) ++end;
+    while (end < length && !IsLineEnd(line[end]))
+        ++end;
     const void* blank = std::memchr(line, ' ', length);
     std::size_t start = blank == nullptr ? 0 : static_cast<const char*>(blank) - line + 2;
     return start >= end ? std::string() : std::string(line + start, end - start);

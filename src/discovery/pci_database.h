@@ -21,7 +21,7 @@
 namespace qel {
 
 class PciDatabase {
-public:
+  public:
     // Reads the file; null with `*error` = errno when it cannot be opened.
     static std::unique_ptr<PciDatabase> Load(const std::string& path, int* error);
 
@@ -40,7 +40,7 @@ public:
     // The vendor name of a vendor line (up to its line end).
     static std::string VendorName(const char* line, std::size_t length);
 
-private:
+  private:
     struct Block {
         std::size_t after = 0;  // where the search goes on when the device is missing
         std::unordered_map<uint32_t, std::string> devices;  // first device line per number

@@ -32,7 +32,8 @@ void SelectServices(const std::string& traceName, const char* signature, int32_t
     std::vector<CMofContents> instances;
     reader.GetMofContents(instances);
     for (const CMofContents& instance : instances) {
-        if (instance.Kind != kind || (instance.Flags & flags) == 0) continue;
+        if (instance.Kind != kind || (instance.Flags & flags) == 0)
+            continue;
         CTraceUtility::WriteDebug(traceName, qel::kLevelStatus, QEL_ADD_TO_LIST_LINE, signature,
                                   instance.ClassName.c_str(), instance.Name.c_str());
         services.emplace_back(instance.Name, instance.ClassName);
@@ -62,9 +63,11 @@ bool CSomIf::isDeviceAlive(CMofContents provider) {
     readDeviceInfo(devices);
     for (const std::string& section : sections) {
         for (const std::string& device : devices) {
-            if (device.size() <= kShortestComparable) continue;
+            if (device.size() <= kShortestComparable)
+                continue;
             const std::string upper = CStringUtil::StringToUpperCase(device);
-            if (upper.compare(kVendorOffset, kSectionLength, section) == 0) return true;
+            if (upper.compare(kVendorOffset, kSectionLength, section) == 0)
+                return true;
         }
     }
     qel::TraceLeave(m_traceName, qel::sig::kIsDeviceAlive, 0, qel::RcForm::kSigned64);

@@ -9,7 +9,7 @@ namespace pm {
 namespace {
 
 class PlainWriter {
-public:
+  public:
     explicit PlainWriter(std::string& out) : out_(out) {}
 
     void Header(const char* name) { item::AppendItem(out_, item::kTagClassArray, name, ""); }
@@ -32,7 +32,8 @@ public:
             String(kDescriptionFilePath, app.DescriptionFilePath);
         }
         Header(kModuleInfo);
-        for (const CVelmora_ManageModuleInfo& module : owner.ModuleInfo) Module(module);
+        for (const CVelmora_ManageModuleInfo& module : owner.ModuleInfo)
+            Module(module);
     }
 
     void Device(const CVelmora_DeviceInfo& device) {
@@ -51,7 +52,7 @@ public:
         Lists(tool);
     }
 
-private:
+  private:
     void Module(const CVelmora_ManageModuleInfo& module) {
         String(kModuleKind, module.ModuleKind);
         String(kModuleName, module.ModuleName);
@@ -59,7 +60,8 @@ private:
         w_.SetInt(out_, kUpdateStatus, module.UpdateStatus);
         w_.SetInt(out_, kUpdateProgress, module.UpdateProgress);
         Header(kRepositoryInfo);
-        for (const CVelmora_ManageRepositoryInfo& entry : module.RepositoryInfo) Repository(entry);
+        for (const CVelmora_ManageRepositoryInfo& entry : module.RepositoryInfo)
+            Repository(entry);
     }
 
     void Repository(const CVelmora_ManageRepositoryInfo& e) {
@@ -107,17 +109,20 @@ void WritePlainText(const CVelmora_DevProviderManageInfo& info, std::string& out
         writer.Header(kDeviceInfo);
         writer.Device(device);
     }
-    if (info.DeviceInfo.empty()) writer.Header(kDeviceInfo);
+    if (info.DeviceInfo.empty())
+        writer.Header(kDeviceInfo);
 }
 
 void WritePlainText(const CVelmora_ToolProviderManageInfo& info, std::string& out) {
     PlainWriter writer(out);
-    writer.Provider(kToolProvider, info.ProviderName, info.ProviderVendorName, info.ProviderVersion);
+    writer.Provider(kToolProvider, info.ProviderName, info.ProviderVendorName,
+                    info.ProviderVersion);
     for (const CVelmora_ToolInfo& tool : info.ToolInfo) {
         writer.Header(kToolInfo);
         writer.Tool(tool);
     }
-    if (info.ToolInfo.empty()) writer.Header(kToolInfo);
+    if (info.ToolInfo.empty())
+        writer.Header(kToolInfo);
 }
 
 }  // namespace pm

@@ -17,7 +17,8 @@ constexpr const char kSetManageInfoDev[] =
     "char* CProviderManageInfo::setManageInfo(char*, CVelmora_DevProviderManageInfo&)";
 constexpr const char kSetManageInfoTool[] =
     "char* CProviderManageInfo::setManageInfo(char*, CVelmora_ToolProviderManageInfo&)";
-constexpr const char kToObjectTree[] = "void CProviderManageInfo::toObject(char*, IWbemClassObject&)";
+constexpr const char kToObjectTree[] =
+    "void CProviderManageInfo::toObject(char*, IWbemClassObject&)";
 constexpr const char kLinkAppElementEnter[] = "[enter] setLinkAppInfo";
 constexpr const char kLinkAppElementLeave[] = "[leave] setLinkAppInfo";
 

@@ -44,8 +44,7 @@ void CProviderManageInfo::toString(const CVelmora_DevProviderManageInfo& info, s
     }
 }
 
-void CProviderManageInfo::toString(const CVelmora_ToolProviderManageInfo& info,
-                                   std::string& text) {
+void CProviderManageInfo::toString(const CVelmora_ToolProviderManageInfo& info, std::string& text) {
     m_writeTarget.SetString(text, kProviderName, info.ProviderName);
     m_writeTarget.SetString(text, kProviderVendorName, info.ProviderVendorName);
     m_writeTarget.SetString(text, kProviderVersion, info.ProviderVersion);

@@ -21,7 +21,7 @@ typedef std::vector<IWbemClassObject*> ObjectList;
 // added to its owner as (name, vector pointer) on scope exit; every element
 // is owned by the vector from the moment it is created.
 class ListEntry {
-public:
+  public:
     ListEntry(IWbemClassObject& owner, const char* name)
         : owner_(owner), name_(name), list_(new ObjectList) {}
     ~ListEntry() { owner_.push(name_, list_.release()); }
@@ -35,7 +35,7 @@ public:
         return *element;
     }
 
-private:
+  private:
     IWbemClassObject& owner_;
     const char* name_;
     std::unique_ptr<ObjectList> list_;
@@ -50,8 +50,10 @@ char* ReadConsecutive(char* pos, Accept accept) {
     while (pos != nullptr) {
         qel::ItemView item;
         qel::ScanItem(pos, item);
-        if (!item.complete()) return nullptr;
-        if (!accept(item)) return pos;
+        if (!item.complete())
+            return nullptr;
+        if (!accept(item))
+            return pos;
         pos = item.next;
     }
     return nullptr;
@@ -61,13 +63,16 @@ char* ReadConsecutive(char* pos, Accept accept) {
 int NameIndex(const qel::ItemView& item, std::initializer_list<const char*> names) {
     int i = 0;
     for (const char* candidate : names) {
-        if (item.NameEquals(candidate, std::strlen(candidate))) return i;
+        if (item.NameEquals(candidate, std::strlen(candidate)))
+            return i;
         ++i;
     }
     return -1;
 }
 
-int ToInt(const std::string& value) { return static_cast<int>(qel::ParseDecimal(value)); }
+int ToInt(const std::string& value) {
+    return static_cast<int>(qel::ParseDecimal(value));
+}
 
 }  // namespace
 
@@ -79,7 +84,8 @@ void CProviderManageInfo::toObject(char* text, IWbemClassObject& out) {
     char* pos = getParam(text, kDevProvider, ignored);
     if (pos == nullptr) {
         pos = getParam(text, kToolProvider, ignored);
-        if (pos == nullptr) return;  // neither provider: nothing added
+        if (pos == nullptr)
+            return;  // neither provider: nothing added
         m_isDevice = false;
     }
     std::unique_ptr<IWbemClassObject> provider(new IWbemClassObject);
@@ -104,17 +110,21 @@ static char* ReadProviderList(CProviderManageInfo& codec, char* pos, IWbemClassO
     ListEntry list(provider, listName);
     std::string value;
     char* c = codec.getParam(pos, listName, value);
-    if (c == nullptr) return nullptr;
+    if (c == nullptr)
+        return nullptr;
     for (;;) {
-        if (codec.getParam(c, kVendorName, value) == nullptr) return c;
+        if (codec.getParam(c, kVendorName, value) == nullptr)
+            return c;
         IWbemClassObject& element = list.NewElement();
         element.push(kVendorName, value);
         for (const char* name : fields) {
-            if (codec.compareItem2(c, name, value)) element.push(name, value);
+            if (codec.compareItem2(c, name, value))
+                element.push(name, value);
         }
         char* afterApps = codec.setLinkAppInfo(c, element);
         c = codec.setModuleInfo(afterApps, element);
-        if (c == nullptr) return nullptr;
+        if (c == nullptr)
+            return nullptr;
     }
 }
 
@@ -131,10 +141,12 @@ char* CProviderManageInfo::setLinkAppInfo(char* pos, IWbemClassObject& owner) {
     ListEntry list(owner, kLinkAppInfo);
     std::string value;
     char* c = getParam(pos, kLinkAppInfo, value);
-    if (c == nullptr) return pos;
+    if (c == nullptr)
+        return pos;
     for (;;) {
         char* afterName = getParam(c, kApplicationName, value);
-        if (afterName == nullptr) return c;
+        if (afterName == nullptr)
+            return c;
         IWbemClassObject& element = list.NewElement();
         element.push(kApplicationName, value);
         // The element's other fields: ExecutePath searched from the element's
@@ -146,15 +158,18 @@ char* CProviderManageInfo::setLinkAppInfo(char* pos, IWbemClassObject& owner) {
         if (char* next = getParam(from, kExecutePath, value)) {
             element.push(kExecutePath, value);
             from = next;
-            if (next > last) last = next;
+            if (next > last)
+                last = next;
         }
         if (char* next = getParam(from, kDescriptionFilePath, value)) {
             element.push(kDescriptionFilePath, value);
-            if (next > last) last = next;
+            if (next > last)
+                last = next;
         }
         // The list ends when a module list follows anywhere further on: the
         // module reader expects to start at or before that header.
-        if (compareItem2(last, kModuleInfo, value)) return last;
+        if (compareItem2(last, kModuleInfo, value))
+            return last;
         c = last;
     }
 }
@@ -165,7 +180,8 @@ char* CProviderManageInfo::setModuleInfo(char* pos, IWbemClassObject& owner) {
     char* c = getParam(pos, kModuleInfo, value);
     while (c != nullptr) {
         char* cur = getParam2(c, kModuleKind, value);
-        if (cur == nullptr) return c;
+        if (cur == nullptr)
+            return c;
         IWbemClassObject& element = list.NewElement();
         element.push(kModuleKind, value);
         // Each field searched from the current position; found, the reading
@@ -189,10 +205,12 @@ char* CProviderManageInfo::setRepositoryInfo(char* pos, IWbemClassObject& module
     ListEntry list(module, kRepositoryInfo);
     std::string value;
     char* c = getParam(pos, kRepositoryInfo, value);
-    if (c == nullptr) return pos;
+    if (c == nullptr)
+        return pos;
     for (;;) {
         char* cur = getParam2(c, kApplyKind, value);
-        if (cur == nullptr) return c;
+        if (cur == nullptr)
+            return c;
         IWbemClassObject& element = list.NewElement();
         element.push(kApplyKind, value);
         cur = ReadConsecutive(cur, [&](const qel::ItemView& item) {
@@ -220,15 +238,17 @@ char* CProviderManageInfo::setDependencyInfo(char* pos, const char* listName,
     ListEntry list(entry, listName);
     std::string value;
     char* c = getParam2(pos, listName, value);
-    if (c == nullptr) return pos;
+    if (c == nullptr)
+        return pos;
     while (c != nullptr) {
         char* cur = getParam2(c, kProviderName, value);
-        if (cur == nullptr) return c;
+        if (cur == nullptr)
+            return c;
         IWbemClassObject& element = list.NewElement();
         element.push(kProviderName, value);
         c = ReadConsecutive(cur, [&](const qel::ItemView& item) {
-            if (NameIndex(item, {kVendorName, kUniqueName, kModuleKind, kModuleName,
-                                 kVendorVersion, kUpperVendorVersion}) < 0) {
+            if (NameIndex(item, {kVendorName, kUniqueName, kModuleKind, kModuleName, kVendorVersion,
+                                 kUpperVendorVersion}) < 0) {
                 return false;
             }
             element.push(item.Name(), item.Value());

@@ -12,7 +12,7 @@ using namespace qel::pm;
 // element's path prefix and the field name; a field that is not the item at
 // the cursor is skipped without moving on.
 class ElementCursor {
-public:
+  public:
     ElementCursor(CSerializedMsg& codec, const std::string& prefix, char* pos)
         : codec_(codec), prefix_(prefix), pos_(pos) {}
     ElementCursor& String(const char* name, std::string& value) {
@@ -34,7 +34,7 @@ public:
     char* pos() const { return pos_; }
     void set(char* pos) { pos_ = pos; }
 
-private:
+  private:
     CSerializedMsg& codec_;
     const std::string& prefix_;
     char* pos_;
@@ -71,7 +71,8 @@ char* ReadList(CSerializedMsg& codec, char* pos, const char* listName, const cha
         Record record;
         ElementCursor cursor(codec, prefix, atElement);
         cursor.String(firstField, record.*first);
-        if (cursor.pos() == atElement) return atElement;
+        if (cursor.pos() == atElement)
+            return atElement;
         readRest(cursor, record);
         list.push_back(std::move(record));
         trace.Appended();
@@ -83,7 +84,8 @@ template <class Owner>
 char* ReadLinkApps(CSerializedMsg& codec, char* pos, Owner& owner, bool traced,
                    const std::string& traceName) {
     auto rest = [](ElementCursor& c, CVelmora_LinkApplicationInfo& app) {
-        c.String(kExecutePath, app.ExecutePath).String(kDescriptionFilePath, app.DescriptionFilePath);
+        c.String(kExecutePath, app.ExecutePath)
+            .String(kDescriptionFilePath, app.DescriptionFilePath);
     };
     if (traced) {
         return ReadList(codec, pos, kLinkAppInfo, kApplicationName,
@@ -155,12 +157,13 @@ char* CProviderManageInfo::setDeviceInfo(char* pos, CVelmora_DevProviderManageIn
 }
 
 char* CProviderManageInfo::setToolInfo(char* pos, CVelmora_ToolProviderManageInfo& info) {
-    return ReadList(*this, pos, kToolInfo, kVendorName, &CVelmora_ToolInfo::VendorName,
-                    info.ToolInfo, [this](ElementCursor& c, CVelmora_ToolInfo& tool) {
-                        c.String(kUniqueName, tool.UniqueName).Array(kExtendedInfo, tool.ExtendedInfo);
-                        c.set(setLinkAppInfo(c.pos(), tool));
-                        c.set(setModuleInfo(c.pos(), tool));
-                    });
+    return ReadList(
+        *this, pos, kToolInfo, kVendorName, &CVelmora_ToolInfo::VendorName, info.ToolInfo,
+        [this](ElementCursor& c, CVelmora_ToolInfo& tool) {
+            c.String(kUniqueName, tool.UniqueName).Array(kExtendedInfo, tool.ExtendedInfo);
+            c.set(setLinkAppInfo(c.pos(), tool));
+            c.set(setModuleInfo(c.pos(), tool));
+        });
 }
 
 char* CProviderManageInfo::setLinkAppInfo(char* pos, CVelmora_DeviceInfo& device) {

@@ -42,24 +42,29 @@ bool NameIs(const qel::ItemView& item, const char* name) {
 }
 
 EntryType AttrType(const qel::ItemView& item) {
-    if (NameIs(item, "Priority")) return EntryType::kInt;
+    if (NameIs(item, "Priority"))
+        return EntryType::kInt;
     for (const char* name : {"HardwareVersion", "VendorVersion", "ReqProviderVersion"}) {
-        if (NameIs(item, name)) return EntryType::kString;
+        if (NameIs(item, name))
+            return EntryType::kString;
     }
     return EntryType::kNone;
 }
 
 EntryType LinkType(const qel::ItemView& item) {
-    if (NameIs(item, "Recovery")) return EntryType::kBool;
+    if (NameIs(item, "Recovery"))
+        return EntryType::kBool;
     for (const char* name : {"RebootAfterPreUpdate", "RebootAfterUpdate", "RebootAfterRestore"}) {
-        if (NameIs(item, name)) return EntryType::kString;
+        if (NameIs(item, name))
+            return EntryType::kString;
     }
     return EntryType::kNone;
 }
 
 EntryType FileType(const qel::ItemView& item) {
     for (const char* name : {"Kind", "Url", "PhysiName", "Md5Hash"}) {
-        if (NameIs(item, name)) return EntryType::kString;
+        if (NameIs(item, name))
+            return EntryType::kString;
     }
     return EntryType::kNone;
 }
@@ -67,7 +72,8 @@ EntryType FileType(const qel::ItemView& item) {
 EntryType ReferenceType(const qel::ItemView& item) {
     for (const char* name : {"ProviderName", "ProviderVendorName", "UpdateModuleKind", "UniqueName",
                              "ModuleName", "VendorVersion", "UpperVendorVersion"}) {
-        if (NameIs(item, name)) return EntryType::kString;
+        if (NameIs(item, name))
+            return EntryType::kString;
     }
     return EntryType::kNone;
 }
@@ -95,9 +101,11 @@ char* ReadBlock(char* pos, Classify classify, OnItem onItem) {
     for (;;) {
         qel::ItemView item;
         qel::ScanItem(pos, item);
-        if (!item.complete()) return pos;
+        if (!item.complete())
+            return pos;
         const EntryType type = classify(item);
-        if (type == EntryType::kNone) return pos;
+        if (type == EntryType::kNone)
+            return pos;
         onItem(item, type);
         pos = item.next;
     }
@@ -107,7 +115,7 @@ char* ReadBlock(char* pos, Classify classify, OnItem onItem) {
 // items after the closing one still go into it. An object that never closes
 // is freed.
 class OpenCloseList {
-public:
+  public:
     explicit OpenCloseList(ObjectList* list) : list_(list) {}
     ~OpenCloseList() { DropUnlisted(); }
     void Open() {
@@ -117,14 +125,16 @@ public:
     }
     IWbemClassObject* current() const { return current_; }
     void Close() {
-        if (current_ == nullptr || listed_) return;  // listed once, never twice
+        if (current_ == nullptr || listed_)
+            return;  // listed once, never twice
         list_->push_back(current_);
         listed_ = true;
     }
 
-private:
+  private:
     void DropUnlisted() {
-        if (!listed_) delete current_;
+        if (!listed_)
+            delete current_;
         current_ = nullptr;
     }
     ObjectList* list_;
@@ -136,8 +146,10 @@ private:
 struct ListGuard {
     ObjectList* list;
     ~ListGuard() {
-        if (list == nullptr) return;
-        for (IWbemClassObject* object : *list) delete object;
+        if (list == nullptr)
+            return;
+        for (IWbemClassObject* object : *list)
+            delete object;
     }
 };
 
@@ -149,7 +161,8 @@ char* CUpDownSchedule::SetUpdateAttrInfo(char* pos, IWbemClassObject* module) {
     pos = ReadBlock(pos, AttrType, [&](const qel::ItemView& item, EntryType type) {
         AddEntry(*attributes, item, type);
     });
-    if (module != nullptr) module->push(kAttrInfo, attributes.release());
+    if (module != nullptr)
+        module->push(kAttrInfo, attributes.release());
     qel::TraceLeave(m_traceName, qel::sig::kSetUpdateAttrInfo);
     return pos;
 }
@@ -160,7 +173,8 @@ char* CUpDownSchedule::SetUpdateLinkInfo(char* pos, IWbemClassObject* module) {
     pos = ReadBlock(pos, LinkType, [&](const qel::ItemView& item, EntryType type) {
         AddEntry(*links, item, type);
     });
-    if (module != nullptr) module->push(kLinkInfo, links.release());
+    if (module != nullptr)
+        module->push(kLinkInfo, links.release());
     qel::TraceLeave(m_traceName, qel::sig::kSetUpdateLinkInfo);
     return pos;
 }
@@ -172,11 +186,14 @@ char* CUpDownSchedule::SetUpdateFileInfo(char* pos, IWbemClassObject* module) {
     {
         OpenCloseList file(&files);
         pos = ReadBlock(pos, FileType, [&](const qel::ItemView& item, EntryType type) {
-            if (NameIs(item, kFileOpen)) file.Open();
+            if (NameIs(item, kFileOpen))
+                file.Open();
             // An item before the first "Kind" has no file to go into: dropped.
-            if (file.current() == nullptr) return;
+            if (file.current() == nullptr)
+                return;
             AddEntry(*file.current(), item, type);
-            if (NameIs(item, kFileClose)) file.Close();
+            if (NameIs(item, kFileClose))
+                file.Close();
         });
     }
     if (module != nullptr) {
@@ -196,11 +213,13 @@ static char* ReadReferences(char* pos, ObjectList* list) {
     bool opened = false;
     return ReadBlock(pos, ReferenceType, [&](const qel::ItemView& item, EntryType type) {
         if (NameIs(item, kReferenceOpen)) {
-            if (opened) reference.Open();
+            if (opened)
+                reference.Open();
             opened = true;
         }
         AddEntry(*reference.current(), item, type);
-        if (NameIs(item, kReferenceClose)) reference.Close();
+        if (NameIs(item, kReferenceClose))
+            reference.Close();
     });
 }
 
@@ -224,7 +243,8 @@ char* CUpDownSchedule::SetUpdateDepoInfo(char* pos, IWbemClassObject* module) {
     for (;;) {
         qel::ItemView item;
         qel::ScanItem(pos, item);
-        if (!item.complete() || !item.TagEquals(kTagClassArray)) break;
+        if (!item.complete() || !item.TagEquals(kTagClassArray))
+            break;
         const bool share = NameIs(item, kShareInfo);
         if (!share && !NameIs(item, kSimuInfo)) {
             return pos;  // an unknown list: the depot information is dropped
@@ -236,7 +256,8 @@ char* CUpDownSchedule::SetUpdateDepoInfo(char* pos, IWbemClassObject* module) {
         guard.list = nullptr;
         depot->push(share ? kShareInfo : kSimuInfo, references);
     }
-    if (module != nullptr) module->push(kDepoInfo, depot.release());
+    if (module != nullptr)
+        module->push(kDepoInfo, depot.release());
     qel::TraceLeave(m_traceName, qel::sig::kSetUpdateDepoInfo);
     return pos;
 }
@@ -249,7 +270,8 @@ bool ReadConformityEntries(CUpDownSchedule& codec, char* p, ObjectList& list) {
     std::string value;
     while (p != nullptr) {
         p = codec.getParam(p, kProviderName, value);
-        if (p == nullptr) break;
+        if (p == nullptr)
+            break;
         std::unique_ptr<IWbemClassObject> entry(new IWbemClassObject);
         entry->push(kProviderName, value);
         for (const char* field : {kVendorName, kUpdateModuleKind}) {
@@ -258,23 +280,27 @@ bool ReadConformityEntries(CUpDownSchedule& codec, char* p, ObjectList& list) {
             entry->push(field, fieldValue);
         }
         char* m = codec.getParam(p, kModuleInfo, value);
-        if (m == nullptr) return false;
+        if (m == nullptr)
+            return false;
         std::unique_ptr<IWbemClassObject> module(new IWbemClassObject);
         for (const char* name : kModuleStrings) {
-            if (codec.compareItem2(m, name, value)) module->push(name, value);
+            if (codec.compareItem2(m, name, value))
+                module->push(name, value);
         }
         // The module's string items, then its blocks in any order.
         char* b = m;
         for (;;) {
             qel::ItemView item;
             qel::ScanItem(b, item);
-            if (!item.complete() || !item.TagEquals(kTagString)) break;
+            if (!item.complete() || !item.TagEquals(kTagString))
+                break;
             b = item.next;
         }
         while (b != nullptr && *b != '\0') {
             qel::ItemView item;
             qel::ScanItem(b, item);
-            if (!item.complete()) break;
+            if (!item.complete())
+                break;
             if (NameIs(item, kAttrInfo)) {
                 b = codec.SetUpdateAttrInfo(item.next, module.get());
             } else if (NameIs(item, kLinkInfo)) {
@@ -301,10 +327,12 @@ void CUpDownSchedule::toObject2(char* pos, IWbemClassObject& obj) {
     qel::IndexScope index(*this, pos);
     std::string value;
     char* p = getParam(pos, kConformityList, value);
-    if (p == nullptr) return;
+    if (p == nullptr)
+        return;
     ObjectList list;
     ListGuard guard{&list};
-    if (!ReadConformityEntries(*this, p, list)) return;
+    if (!ReadConformityEntries(*this, p, list))
+        return;
     guard.list = nullptr;
     obj.push(kConformityList, list);
     qel::TraceLeave(m_traceName, qel::sig::kToObject2);
@@ -315,12 +343,14 @@ void CUpDownSchedule::toObject(char* pos, IWbemClassObject& obj) {
     qel::IndexScope index(*this, pos);
     std::string value;
     char* p = getParam(pos, kAppKey, value);
-    if (p == nullptr) return;
+    if (p == nullptr)
+        return;
     obj.push(kAppKey, value);
     p = getParam(p, kConformityInput, value);
     ObjectList list;
     ListGuard guard{&list};
-    if (p != nullptr && !ReadConformityEntries(*this, p, list)) return;
+    if (p != nullptr && !ReadConformityEntries(*this, p, list))
+        return;
     guard.list = nullptr;
     obj.push(kConformityInput, list);
     qel::TraceLeave(m_traceName, qel::sig::kToObjectInput);

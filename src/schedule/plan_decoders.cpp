@@ -22,9 +22,9 @@ const char kVendorName[] = "VendorName";
 
 // The plan fields after "ProviderName", in record order; true for numbers.
 const std::pair<const char*, bool> kPlanFields[] = {
-    {"VendorName", false},        {"UniqueName", false},        {"DeviceId", false},
-    {"ModuleKind", false},        {"UpdatePriority", true},     {"CurrentVendorVersion", false},
-    {"NextVendorVersion", false}, {"DisplayName", false},       {"UpdateJudgment", true},
+    {"VendorName", false},        {"UniqueName", false},    {"DeviceId", false},
+    {"ModuleKind", false},        {"UpdatePriority", true}, {"CurrentVendorVersion", false},
+    {"NextVendorVersion", false}, {"DisplayName", false},   {"UpdateJudgment", true},
     {"DependencyName", false},
 };
 
@@ -37,8 +37,10 @@ typedef std::vector<IWbemClassObject*> ObjectList;
 struct ListGuard {
     ObjectList* list;
     ~ListGuard() {
-        if (list == nullptr) return;
-        for (IWbemClassObject* object : *list) delete object;
+        if (list == nullptr)
+            return;
+        for (IWbemClassObject* object : *list)
+            delete object;
     }
 };
 
@@ -48,12 +50,14 @@ void CUpDownSchedule::String2UpdatePlans(char* pos, IWbemClassObject& obj) {
     qel::IndexScope index(*this, pos);
     std::string type, name, value;
     char* p = getItem(pos, type, name, value);
-    if (p == nullptr || type != qel::item::kTagClassArray) return;
+    if (p == nullptr || type != qel::item::kTagClassArray)
+        return;
     std::unique_ptr<ObjectList> list(new ObjectList);
     ListGuard guard{list.get()};
     while (p != nullptr) {
         char* q = compareItem(p, kProviderName, value);
-        if (q == nullptr || q == p) break;
+        if (q == nullptr || q == p)
+            break;
         list->reserve(list->size() + 1);
         IWbemClassObject* plan = new IWbemClassObject;
         list->push_back(plan);
@@ -61,13 +65,15 @@ void CUpDownSchedule::String2UpdatePlans(char* pos, IWbemClassObject& obj) {
         char* next = nullptr;
         for (const auto& field : kPlanFields) {
             char* found = getParam(q, field.first, value);
-            if (found == nullptr) continue;
+            if (found == nullptr)
+                continue;
             if (field.second) {
                 plan->push(field.first, static_cast<int>(qel::ParseDecimal(value)));
             } else {
                 plan->push(field.first, value);
             }
-            if (std::strcmp(field.first, kDependencyName) == 0) next = found;
+            if (std::strcmp(field.first, kDependencyName) == 0)
+                next = found;
         }
         p = next;
     }
@@ -80,15 +86,18 @@ void CUpDownSchedule::String2RegisterUpdateModule(char* pos, IWbemClassObject& o
     qel::IndexScope index(*this, pos);
     std::string value;
     char* p = getParam(pos, kAppKey, value);
-    if (p == nullptr) return;
+    if (p == nullptr)
+        return;
     obj.push(kAppKey, value);
     p = getParam(p, kUpdateModuleRegistInfo, value);
-    if (p == nullptr) return;
+    if (p == nullptr)
+        return;
     ObjectList list;
     ListGuard guard{&list};
     while (p != nullptr) {
         p = getParam(p, kVendorName, value);
-        if (p == nullptr) break;
+        if (p == nullptr)
+            break;
         list.reserve(list.size() + 1);
         IWbemClassObject* module = new IWbemClassObject;
         list.push_back(module);
@@ -115,7 +124,8 @@ void CUpDownSchedule::String2IWbem(char* text, IWbemClassObject& obj) {
     IWbemClassObject* section = nullptr;
     std::string sectionName;
     auto closeSection = [&] {
-        if (section == nullptr) return;
+        if (section == nullptr)
+            return;
         obj.push(sectionName, section);
         section->Release();  // gives up this decoder's claim; `obj` holds it now
         section = nullptr;
@@ -123,20 +133,23 @@ void CUpDownSchedule::String2IWbem(char* text, IWbemClassObject& obj) {
     for (char* pos = text;;) {
         qel::ItemView item;
         qel::ScanItem(pos, item);
-        if (!item.complete()) break;
+        if (!item.complete())
+            break;
         pos = item.next;
         if (item.TagEquals(kTagClass)) {
             closeSection();
             section = new IWbemClassObject;
             sectionName = item.Name();
         } else if (item.TagEquals(kTagString)) {
-            if (section != nullptr) section->push(item.Name(), item.Value());
+            if (section != nullptr)
+                section->push(item.Name(), item.Value());
         } else if (item.TagEquals(kTagInt)) {
             if (section != nullptr) {
                 section->push(item.Name(), static_cast<int>(qel::ParseDecimal(item.Value())));
             }
         } else if (item.TagEquals(kTagBool)) {
-            if (section != nullptr) section->push(item.Name(), item.Value() != kFalse);
+            if (section != nullptr)
+                section->push(item.Name(), item.Value() != kFalse);
         } else {
             qel::TraceMessage(qel::kFixedSource, qel::kLevelError, qel::sig::kSectionString2IWbem,
                               qel::sig::kMsgUnsupportedType, item.Name().c_str());

@@ -21,7 +21,8 @@ CSomIf::~CSomIf() {
 
 std::string CSomIf::getShortFuncName(const std::string& func) {
     std::string::size_type paren = func.find('(');
-    if (paren == std::string::npos) return func;
+    if (paren == std::string::npos)
+        return func;
     std::string::size_type scope = func.find("::");
     // A text with "(" but no "::" before it: the text up to "(" (no caller
     // of this library passes one).

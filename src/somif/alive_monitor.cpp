@@ -48,8 +48,7 @@ HRESULT CSomIf::AliveMonitorSetParameter(std::string name, std::string value) {
     return qel::ZeroExtend(rc);
 }
 
-HRESULT CSomIf::AliveMonitorGetParameter(std::string name, std::string& value,
-                                         unsigned int& type) {
+HRESULT CSomIf::AliveMonitorGetParameter(std::string name, std::string& value, unsigned int& type) {
     qel::TraceEnter(m_traceName, qel::sig::kAliveMonitorGetParameter);
     std::string reply;
     AppendRawStringItem(reply, "Name", name);

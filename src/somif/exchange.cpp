@@ -22,7 +22,9 @@ std::unique_ptr<char[]> ReceiveBuffer(unsigned long size) {
 
 // The decimal number at `text` (strtol: blanks and a sign accepted, reading
 // stops at the first non-digit, so at the ";" that closes the item).
-long NumberAt(const char* text) { return std::strtol(text, nullptr, 10); }
+long NumberAt(const char* text) {
+    return std::strtol(text, nullptr, 10);
+}
 
 // The number of the first "long;ReturnValue;" item of a reply's body, the
 // body starting at the reply's own header length (its first 8 characters).
@@ -32,7 +34,8 @@ HRESULT ReturnValueIn(const char* reply, std::size_t length) {
     char field[qel::wire::kFieldWidth + 1] = {0};
     std::memcpy(field, reply, length < sizeof field - 1 ? length : sizeof field - 1);
     const long headerLength = NumberAt(field);
-    if (headerLength < 0 || static_cast<std::size_t>(headerLength) >= length) return 0;
+    if (headerLength < 0 || static_cast<std::size_t>(headerLength) >= length)
+        return 0;
     const std::size_t itemLength = std::strlen(qel::wire::kReturnValueItem);
     const void* item = memmem(reply + headerLength, length - headerLength,
                               qel::wire::kReturnValueItem, itemLength);
@@ -52,10 +55,12 @@ int CSomIf::TransMessage(const char* func, std::string className, std::string& b
                          unsigned long bufferSize) {
     const std::string header = getMsgHead(className, func, static_cast<uint32_t>(body.size()));
     const int headerLength = static_cast<int>(header.size());
-    if (buffer != nullptr && bufferSize > 0) buffer[0] = '\0';
-    if (SendMessage(header + body) == -1) return static_cast<int>(qel::wire::kSendFailed);
-    const int size = bufferSize > static_cast<unsigned long>(INT_MAX) ? INT_MAX
-                                                                       : static_cast<int>(bufferSize);
+    if (buffer != nullptr && bufferSize > 0)
+        buffer[0] = '\0';
+    if (SendMessage(header + body) == -1)
+        return static_cast<int>(qel::wire::kSendFailed);
+    const int size =
+        bufferSize > static_cast<unsigned long>(INT_MAX) ? INT_MAX : static_cast<int>(bufferSize);
     if (RecvMessage(buffer, size, headerLength) < 0) {
         return static_cast<int>(qel::wire::kReceiveFailed);
     }
@@ -64,8 +69,8 @@ int CSomIf::TransMessage(const char* func, std::string className, std::string& b
 
 int CSomIf::TransMessage(const char* func, std::string className, std::string& body) {
     std::unique_ptr<char[]> buffer = ReceiveBuffer(qel::wire::kReplyBufferSize);
-    int result = TransMessage(func, std::move(className), body, buffer.get(),
-                              qel::wire::kReplyBufferSize);
+    int result =
+        TransMessage(func, std::move(className), body, buffer.get(), qel::wire::kReplyBufferSize);
     body.assign(buffer.get());
     return result;
 }
@@ -88,7 +93,8 @@ HRESULT CSomIf::getResult(int headerLength, const char* reply) {
         char field[qel::wire::kFieldWidth + 1] = {0};
         std::strncpy(field, reply + fieldOffset, qel::wire::kFieldWidth);
         unsigned long parsed = 0;
-        if (std::sscanf(field, "%lx", &parsed) == 1) value = static_cast<HRESULT>(parsed);
+        if (std::sscanf(field, "%lx", &parsed) == 1)
+            value = static_cast<HRESULT>(parsed);
     }
     if (value == 0 && reply != nullptr) {
         value = TracedReturnValue(m_traceName, reply, std::strlen(reply));
@@ -103,17 +109,21 @@ HRESULT CSomIf::GetReturnValue(std::string reply) {
 
 unsigned int CSomIf::getSpecificPos(std::string reply) {
     std::string::size_type slash = reply.find(qel::wire::kClassMethodSeparator);
-    if (slash == std::string::npos) return 0;
+    if (slash == std::string::npos)
+        return 0;
     std::string::size_type digit = reply.find_first_of("0123456789", slash + 1);
     // No digit after "/": a malformed reply; its body is taken as empty.
-    if (digit == std::string::npos) return static_cast<unsigned int>(reply.size());
+    if (digit == std::string::npos)
+        return static_cast<unsigned int>(reply.size());
     std::string::size_type body = digit + qel::wire::kTrailingFieldsLength;
     return static_cast<unsigned int>(body < reply.size() ? body : reply.size());
 }
 
 long CSomIf::getRebootKind(const char* text) {
-    if (text == nullptr || text[0] == '\0') return 0;
+    if (text == nullptr || text[0] == '\0')
+        return 0;
     const char* item = std::strstr(text + 1, qel::wire::kRebootItem);
-    if (item == nullptr) return 0;
+    if (item == nullptr)
+        return 0;
     return NumberAt(item + std::strlen(qel::wire::kRebootItem));
 }

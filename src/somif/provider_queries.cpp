@@ -19,12 +19,14 @@ int ReceiveProvider(CSomIf& som, size_t headerLength, Info& info) {
     int rc = -1;
     std::unique_ptr<char[]> buffer(new char[qel::wire::kReplyBufferSize]);
     buffer[0] = '\0';
-    const int received = som.RecvMessage(buffer.get(), static_cast<int>(qel::wire::kReplyBufferSize),
-                                         static_cast<int>(headerLength));
+    const int received =
+        som.RecvMessage(buffer.get(), static_cast<int>(qel::wire::kReplyBufferSize),
+                        static_cast<int>(headerLength));
     if (received >= 0) {
         rc = static_cast<int>(som.getResult(static_cast<int>(headerLength), buffer.get()));
-        const size_t offset =
-            headerLength < static_cast<size_t>(received) ? headerLength : static_cast<size_t>(received);
+        const size_t offset = headerLength < static_cast<size_t>(received)
+                                  ? headerLength
+                                  : static_cast<size_t>(received);
         CProviderManageInfo codec(qel::kFixedSource);
         codec.toObject(buffer.get() + offset, info);
     }
@@ -36,7 +38,8 @@ int ReceiveProvider(CSomIf& som, size_t headerLength, Info& info) {
 template <class Info>
 int Query(CSomIf& som, const std::string& className, Info& info) {
     const std::string header = som.getMsgHead(className, kGetProviderManageInfo, 0);
-    if (som.SendMessage(header) < 0) return static_cast<int>(qel::wire::kSendFailed);
+    if (som.SendMessage(header) < 0)
+        return static_cast<int>(qel::wire::kSendFailed);
     int rc = som.RecvProviderManageInfo(header.size(), info);
     return rc < 0 ? static_cast<int>(qel::wire::kReceiveFailed) : rc;
 }
@@ -50,7 +53,8 @@ HRESULT CSomIf::GetProviderManageInfo(std::string className, CVelmora_DevProvide
     // Every device named with GetDeviceName's rules and traces, the database
     // read once for all of them.
     qel::discovery::DeviceNamer namer(m_traceName, /*batch=*/info.DeviceInfo.size() > 1);
-    for (CVelmora_DeviceInfo& device : info.DeviceInfo) namer.Name(device);
+    for (CVelmora_DeviceInfo& device : info.DeviceInfo)
+        namer.Name(device);
     qel::TraceLeave(m_traceName, qel::sig::kGetProviderManageInfoDev, rc, qel::RcForm::kSigned32);
     return qel::ZeroExtend(rc);
 }

@@ -12,7 +12,7 @@ constexpr const char kGetMsgHead[] =
 constexpr const char kGetResult[] = "HRESULT CSomIf::getResult(int, const char*)";
 constexpr const char kGetReturnValue[] = "HRESULT CSomIf::GetReturnValue(std::string)";
 
-#define QEL_STRING_VECTOR                                                              \
+#define QEL_STRING_VECTOR                                                                  \
     "std::vector<std::basic_string<char, std::char_traits<char>, std::allocator<char> >, " \
     "std::allocator<std::basic_string<char, std::char_traits<char>, std::allocator<char> > > >&"
 #define QEL_RELAY_ARGS "(std::string, IWbemClassObject*, IWbemClassObject**)"
@@ -26,13 +26,15 @@ constexpr const char kTransUmMessage[] =
 constexpr const char kReboot[] = "HRESULT CSomIf::Reboot" QEL_RELAY_ARGS;
 constexpr const char kExecuteUpdateApplyCheck[] =
     "HRESULT CSomIf::ExecuteUpdateApplyCheck" QEL_RELAY_ARGS;
-constexpr const char kRegisterUpdateModule[] = "HRESULT CSomIf::RegisterUpdateModule" QEL_RELAY_ARGS;
+constexpr const char kRegisterUpdateModule[] =
+    "HRESULT CSomIf::RegisterUpdateModule" QEL_RELAY_ARGS;
 constexpr const char kSetDependencyInfo[] = "HRESULT CSomIf::SetDependencyInfo" QEL_RELAY_ARGS;
 constexpr const char kReleaseOperatingAuthorityRelay[] =
     "HRESULT CSomIf::ReleaseOperatingAuthority" QEL_RELAY_ARGS;
 constexpr const char kGetOperationAuthority[] =
     "HRESULT CSomIf::GetOperationAuthority" QEL_RELAY_ARGS;
-constexpr const char kExecuteUpdateRestore[] = "HRESULT CSomIf::ExecuteUpdateRestore" QEL_RELAY_ARGS;
+constexpr const char kExecuteUpdateRestore[] =
+    "HRESULT CSomIf::ExecuteUpdateRestore" QEL_RELAY_ARGS;
 constexpr const char kExecutePreUpdate[] = "HRESULT CSomIf::ExecutePreUpdate" QEL_RELAY_ARGS;
 constexpr const char kExecuteUpdateBackup[] = "HRESULT CSomIf::ExecuteUpdateBackup" QEL_RELAY_ARGS;
 constexpr const char kExecuteUpdate[] = "HRESULT CSomIf::ExecuteUpdate" QEL_RELAY_ARGS;
@@ -77,7 +79,8 @@ constexpr const char kGetOperatingAuthority[] =
 constexpr const char kExecuteReboot[] = "HRESULT CSomIf::ExecuteReboot()";
 constexpr const char kRollbackAll[] = "HRESULT CSomIf::RollbackAll(LONG&)";
 constexpr const char kUpdateAll[] = "HRESULT CSomIf::UpdateAll(LONG&)";
-constexpr const char kDownloadAll[] = "HRESULT CSomIf::DownloadAll(const CVELMORA_DownloadSetting&)";
+constexpr const char kDownloadAll[] =
+    "HRESULT CSomIf::DownloadAll(const CVELMORA_DownloadSetting&)";
 
 // Status, versions and logs.
 constexpr const char kCollectQelVersion[] =
@@ -97,7 +100,8 @@ constexpr const char kGetQELStatus[] = "HRESULT CSomIf::GetQELStatus(LONG&)";
 // Alive monitor.
 constexpr const char kAliveMonitorUpdateParameters[] =
     "HRESULT CSomIf::AliveMonitorUpdateParameters()";
-constexpr const char kAliveMonitorClearParameters[] = "HRESULT CSomIf::AliveMonitorClearParameters()";
+constexpr const char kAliveMonitorClearParameters[] =
+    "HRESULT CSomIf::AliveMonitorClearParameters()";
 constexpr const char kAliveMonitorSetParameter[] =
     "HRESULT CSomIf::AliveMonitorSetParameter(std::string, std::string)";
 constexpr const char kAliveMonitorGetParameter[] =

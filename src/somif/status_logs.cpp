@@ -31,7 +31,9 @@ const LONG kStatusRollback = 0x8002;
 const LONG kStatusDownload = 0x8003;
 
 // The log results are handed back reduced to 32 bits when negative.
-HRESULT ReduceNegative(HRESULT result) { return result < 0 ? qel::ZeroExtend(result) : result; }
+HRESULT ReduceNegative(HRESULT result) {
+    return result < 0 ? qel::ZeroExtend(result) : result;
+}
 
 }  // namespace
 

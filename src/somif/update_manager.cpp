@@ -39,7 +39,8 @@ std::string ScheduleBody(const std::string& traceName, Write write) {
 
 }  // namespace
 
-HRESULT CSomIf::SetUpdatePriority(std::string className, const CVelmora_PriorityUpdateParam& param) {
+HRESULT CSomIf::SetUpdatePriority(std::string className,
+                                  const CVelmora_PriorityUpdateParam& param) {
     qel::TraceEnter(m_traceName, qel::sig::kSetUpdatePriority);
     std::string body = ScheduleBody(
         m_traceName, [&](CUpDownSchedule& codec, std::string& out) { codec.toString(param, out); });
@@ -134,8 +135,8 @@ HRESULT CSomIf::GetUpdatePlans(std::string className, std::vector<CVELMORA_Updat
 HRESULT CSomIf::GetUpdatePlans(std::string className, bool rollback,
                                std::vector<CVELMORA_UpdatePlans>& plans) {
     qel::TraceEnter(m_traceName, qel::sig::kGetUpdatePlansRollback);
-    int rc = ExchangePlans(*this, m_traceName, className, getBoolParam(kRollbackParam, rollback),
-                           plans);
+    int rc =
+        ExchangePlans(*this, m_traceName, className, getBoolParam(kRollbackParam, rollback), plans);
     qel::TraceLeave(m_traceName, qel::sig::kGetUpdatePlansRollback, rc, qel::RcForm::kSigned32);
     return qel::ZeroExtend(rc);
 }
@@ -170,7 +171,8 @@ namespace {
 int BulkRun(CSomIf& som, const char* method, LONG& rebootKind) {
     std::string reply;
     int rc = som.TransMessage(method, qel::wire::kUpdateManager, reply);
-    if (!qel::wire::IsNegative(rc)) rebootKind = som.getRebootKind(reply.c_str());
+    if (!qel::wire::IsNegative(rc))
+        rebootKind = som.getRebootKind(reply.c_str());
     return rc;
 }
 

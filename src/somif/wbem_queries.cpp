@@ -16,8 +16,8 @@ const char kGetUpdatePlans[] = "GetUpdatePlans";
 // The frame of the three: exchange, then decode into *outParams only when
 // the result is not negative. `decode` gets the reply body and the object.
 template <class Decode>
-HRESULT Query(CSomIf& som, const std::string& traceName, const char* signature,
-              const char* method, const std::string& className, IWbemClassObject* inParams,
+HRESULT Query(CSomIf& som, const std::string& traceName, const char* signature, const char* method,
+              const std::string& className, IWbemClassObject* inParams,
               IWbemClassObject** outParams, bool sendInParams, Decode decode) {
     qel::TraceEnter(traceName, signature, className);
     std::string reply;
@@ -27,7 +27,8 @@ HRESULT Query(CSomIf& som, const std::string& traceName, const char* signature,
     }
     int rc = som.TransMessage(method, className, reply);
     if (!qel::wire::IsNegative(rc)) {
-        if (*outParams == nullptr) *outParams = new IWbemClassObject;
+        if (*outParams == nullptr)
+            *outParams = new IWbemClassObject;
         decode(&reply[0] + som.getSpecificPos(reply), **outParams);
     }
     qel::TraceLeave(traceName, signature, rc, qel::RcForm::kSigned32);
@@ -49,8 +50,7 @@ HRESULT CSomIf::CheckUpdateModuleConformity(std::string className, IWbemClassObj
 HRESULT CSomIf::GetProviderManageInfo(std::string className, IWbemClassObject* inParams,
                                       IWbemClassObject** outParams) {
     return Query(*this, m_traceName, qel::sig::kGetProviderManageInfoWbem, kGetProviderManageInfo,
-                 className, inParams, outParams, false,
-                 [this](char* body, IWbemClassObject& out) {
+                 className, inParams, outParams, false, [this](char* body, IWbemClassObject& out) {
                      CProviderManageInfo codec(m_traceName);
                      codec.toObject(body, out);
                  });

@@ -12,11 +12,14 @@ namespace {
 const HRESULT kReturnValueTakenAsSuccess = 0x80041002L;
 
 void EnsureOutput(IWbemClassObject** outParams) {
-    if (*outParams == nullptr) *outParams = new IWbemClassObject;
+    if (*outParams == nullptr)
+        *outParams = new IWbemClassObject;
 }
 
 // The code widened with its sign: what ReturnValue holds.
-unsigned long SignWidened(int rc) { return static_cast<unsigned long>(static_cast<long>(rc)); }
+unsigned long SignWidened(int rc) {
+    return static_cast<unsigned long>(static_cast<long>(rc));
+}
 
 }  // namespace
 
@@ -24,10 +27,12 @@ HRESULT CSomIf::ExecMethod(OLECHAR* className, OLECHAR* methodName, long, IWbemC
                            IWbemClassObject* inParams, IWbemClassObject** outParams,
                            IWbemCallResult**) {
     qel::TraceEnter(m_traceName, qel::sig::kExecMethod);
-    if (className == nullptr || methodName == nullptr) return -1;
+    if (className == nullptr || methodName == nullptr)
+        return -1;
     std::string body;
     CSerializedMsg codec(m_traceName);
-    if (inParams != nullptr) codec.IWbem2String(*inParams, body);
+    if (inParams != nullptr)
+        codec.IWbem2String(*inParams, body);
     EnsureOutput(outParams);
     int rc = TransMessage(methodName, className, body);  // body becomes the reply
     if (!qel::wire::IsTransportFamily(rc)) {
@@ -46,12 +51,14 @@ int CSomIf::TransUmMessage(std::string className, std::string methodName,
     qel::TraceEnter(m_traceName, qel::sig::kTransUmMessage, className + " " + methodName);
     std::string body;
     CSerializedMsg codec(m_traceName);
-    if (inParams != nullptr) codec.IWbem2String(*inParams, body);
+    if (inParams != nullptr)
+        codec.IWbem2String(*inParams, body);
     EnsureOutput(outParams);
     int rc = TransMessage(methodName.c_str(), className, body);
     if (!qel::wire::IsTransportFamily(rc)) {
         HRESULT set = CIWbemUtil::setReturnValueToIWbemClassObject(*outParams, SignWidened(rc));
-        if (set == kReturnValueTakenAsSuccess) rc = 0;
+        if (set == kReturnValueTakenAsSuccess)
+            rc = 0;
     }
     qel::TraceLeave(m_traceName, qel::sig::kTransUmMessage, rc, qel::RcForm::kSigned32);
     return rc;
@@ -86,8 +93,8 @@ namespace {
 
 // The frame of every relayed entry point around TransUmMessage.
 HRESULT Relay(CSomIf& som, const std::string& traceName, const RelayedMethod& method,
-                     const std::string& className, IWbemClassObject* inParams,
-                     IWbemClassObject** outParams) {
+              const std::string& className, IWbemClassObject* inParams,
+              IWbemClassObject** outParams) {
     if (method.traceClass) {
         qel::TraceEnter(traceName, method.signature, className);
     } else {
@@ -135,7 +142,6 @@ HRESULT CSomIf::ExecuteUpdateBackup(std::string className, IWbemClassObject* in,
                                     IWbemClassObject** out) {
     return Relay(*this, m_traceName, kBackup, className, in, out);
 }
-HRESULT CSomIf::ExecuteUpdate(std::string className, IWbemClassObject* in,
-                              IWbemClassObject** out) {
+HRESULT CSomIf::ExecuteUpdate(std::string className, IWbemClassObject* in, IWbemClassObject** out) {
     return Relay(*this, m_traceName, kUpdate, className, in, out);
 }

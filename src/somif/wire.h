@@ -24,7 +24,7 @@ constexpr char kClassMethodSeparator = '/';
 
 constexpr const char kSocketConfig[] = "/opt/velmora/qel/som/socket.conf";
 
-constexpr unsigned long kReplyBufferSize = 0x400000;  // 4 MiB
+constexpr unsigned long kReplyBufferSize = 0x400000;     // 4 MiB
 constexpr unsigned long kSmallReplyBufferSize = 0x2000;  // 8 KiB
 
 constexpr HRESULT kSendFailed = 0x80081001L;
@@ -35,7 +35,9 @@ inline bool IsTransportFamily(HRESULT rc) {
     return (static_cast<unsigned long>(rc) & kTransportFamilyMask) == kTransportFamilyMask;
 }
 // The 32-bit result taken as signed.
-inline bool IsNegative(HRESULT rc) { return static_cast<int>(static_cast<unsigned int>(rc)) < 0; }
+inline bool IsNegative(HRESULT rc) {
+    return static_cast<int>(static_cast<unsigned int>(rc)) < 0;
+}
 
 constexpr const char kReturnValueItem[] = "long;ReturnValue;";
 constexpr const char kRebootItem[] = "long;Reboot;";

@@ -9,22 +9,28 @@ namespace {
 // Reads the fields of one record on a chain; the record counts as started
 // only when its first field is the next item.
 class RecordReader {
-public:
+  public:
     RecordReader(CSerializedMsg& codec, char* pos) : chain_(codec, pos) {}
     template <class T>
-    void String(const char* name, T& value) { Read(name, value, &qel::ChainReader::String); }
+    void String(const char* name, T& value) {
+        Read(name, value, &qel::ChainReader::String);
+    }
     template <class T>
-    void Int(const char* name, T& value) { Read(name, value, &qel::ChainReader::Int); }
+    void Int(const char* name, T& value) {
+        Read(name, value, &qel::ChainReader::Int);
+    }
     bool started() const { return started_; }
     char* pos() const { return chain_.pos(); }
 
-private:
+  private:
     template <class T, class Method>
     void Read(const char* name, T& value, Method method) {
-        if (!started_) return;
+        if (!started_)
+            return;
         char* before = chain_.pos();
         (chain_.*method)(name, value);
-        if (first_ && (chain_.pos() == nullptr || chain_.pos() == before)) started_ = false;
+        if (first_ && (chain_.pos() == nullptr || chain_.pos() == before))
+            started_ = false;
         first_ = false;
     }
 
@@ -41,7 +47,8 @@ void ReadList(CSerializedMsg& codec, char* body, std::vector<Record>& list) {
         Record record;
         RecordReader reader(codec, pos);
         qel::VisitFields(record, reader);
-        if (!reader.started()) break;
+        if (!reader.started())
+            break;
         list.push_back(record);
         pos = reader.pos();
     }

@@ -15,8 +15,8 @@ TEST(ArraysTest, SetStringArraySplitsAppendsOrEmpties) {
     EXPECT_EQ(codec.getClassArrayName("ToolInfo", 12), "ToolInfo[12]/");
     EXPECT_EQ(codec.getClassArrayName("A", -3), "A[-3]/");
     const std::pair<const char*, Strings> cases[] = {
-        {"a!#b", {"a", "b"}}, {"a", {"a"}}, {"", {}}, {"a!#", {"a", ""}},
-        {"x%!@y", {"x;y"}},   {"!#!#", {"", "", ""}}};
+        {"a!#b", {"a", "b"}}, {"a", {"a"}},       {"", {}},
+        {"a!#", {"a", ""}},   {"x%!@y", {"x;y"}}, {"!#!#", {"", "", ""}}};
     for (const auto& c : cases) {
         TextBuffer text(std::string("string[];Paths;") + c.first + ";");
         Strings values{"kept"};
@@ -61,12 +61,13 @@ TEST(ArraysTest, WholeBodyReaders) {
     codec.String2Array(nullptr, values);
     const std::string vec =
         "std::vector<std::basic_string<char, std::char_traits<char>, std::allocator<char> >, "
-        "std::allocator<std::basic_string<char, std::char_traits<char>, std::allocator<char> > > >&)";
-    EXPECT_EQ(traces.Texts(),
-              (Strings{"virtual void CSerializedMsg::StringArray2Array(char*, " + vec +
-                           " parameter is NULL",
-                       "virtual void CSerializedMsg::String2Array(char*, " + vec +
-                           " parameter is NULL"}));
+        "std::allocator<std::basic_string<char, std::char_traits<char>, std::allocator<char> > > "
+        ">&)";
+    EXPECT_EQ(
+        traces.Texts(),
+        (Strings{
+            "virtual void CSerializedMsg::StringArray2Array(char*, " + vec + " parameter is NULL",
+            "virtual void CSerializedMsg::String2Array(char*, " + vec + " parameter is NULL"}));
     EXPECT_EQ(traces.Lines()[0].source, "som");
 }
 

@@ -18,9 +18,10 @@ void Decode(const std::string& body, IWbemClassObject& obj) {
 TEST(DecoderTest, EveryTagGivesItsValueType) {
     IWbemClassObject obj;
     obj.push("I", 9);
-    Decode("string;S;a%!@b;int;I;4294967297;long;L;-2;ulong;U;-1;ulong;B;99999999999999999999;"
-           "bool;T;true;bool;F;1;string[];A;a!#b!#c;",
-           obj);
+    Decode(
+        "string;S;a%!@b;int;I;4294967297;long;L;-2;ulong;U;-1;ulong;B;99999999999999999999;"
+        "bool;T;true;bool;F;1;string[];A;a!#b!#c;",
+        obj);
     EXPECT_EQ(*obj.GetAs<std::string>("S"), "a;b");
     EXPECT_EQ(*obj.GetAs<int>("I"), 1);  // the later entry stands on top
     EXPECT_EQ(*obj.GetAs<long>("L"), -2);
@@ -31,7 +32,7 @@ TEST(DecoderTest, EveryTagGivesItsValueType) {
     EXPECT_EQ(*obj.GetAs<Strings>("A"), (Strings{"a", "b", "c"}));
     EXPECT_EQ(obj.size(), 9u);
     const std::pair<const char*, Strings> arrays[] = {
-        {"a", {"a"}}, {"", {}}, {"a!#", {"a", ""}}, {"!#", {"", ""}}, {"a!#b%!@c", {"a", "b"}},
+        {"a", {"a"}},    {"", {}}, {"a!#", {"a", ""}}, {"!#", {"", ""}}, {"a!#b%!@c", {"a", "b"}},
         {"x%!@y", {"x"}}};
     for (const auto& c : arrays) {
         IWbemClassObject one;

@@ -10,7 +10,8 @@
 namespace {
 
 typedef std::vector<IWbemClassObject*> Objects;
-const char kSignature[] = "virtual void CSerializedMsg::IWbem2String(IWbemClassObject&, std::string&) ";
+const char kSignature[] =
+    "virtual void CSerializedMsg::IWbem2String(IWbemClassObject&, std::string&) ";
 
 std::string Encode(IWbemClassObject& obj, std::string out = "") {
     CSerializedMsg("enc").IWbem2String(obj, out);
@@ -79,12 +80,13 @@ TEST(EncoderTest, UnknownTypesAndNullPointersAreSkipped) {
 
 // A codec whose nested encoding fails for objects marked "Boom".
 class FailingCodec : public CSerializedMsg {
-public:
+  public:
     FailingCodec() : CSerializedMsg("fail") {}
     void IWbem2String(IWbemClassObject& obj, std::string& out) override {
         if (const std::string* kind = obj.GetAs<std::string>("Boom")) {
             out += "partial;";
-            if (*kind == "bad") throw std::bad_exception();
+            if (*kind == "bad")
+                throw std::bad_exception();
             throw std::runtime_error("other");
         }
         CSerializedMsg::IWbem2String(obj, out);
@@ -103,7 +105,8 @@ TEST(EncoderTest, AFailingArrayElementIsTracedAndTheNextStillWritten) {
     std::string out;
     codec.IWbem2String(obj, out);
     EXPECT_EQ(out, "class[];L;;partial;partial;int;G;1;");
-    EXPECT_TRUE(traces.Contains(std::string(kSignature) + "Segmentation fault (std::bad_exception)"));
+    EXPECT_TRUE(
+        traces.Contains(std::string(kSignature) + "Segmentation fault (std::bad_exception)"));
     EXPECT_TRUE(traces.Contains(std::string(kSignature) + "Invalid parameter key=L"));
     // A single nested object is not guarded: its failure reaches the caller.
     IWbemClassObject single;

@@ -53,8 +53,10 @@ std::vector<std::string> Items(const std::string& text) {
     std::string::size_type at = 0;
     while (at < text.size()) {
         std::string::size_type end = at;
-        for (int i = 0; i < 3 && end != std::string::npos; ++i) end = text.find(';', end + (i ? 1 : 0));
-        if (end == std::string::npos) break;
+        for (int i = 0; i < 3 && end != std::string::npos; ++i)
+            end = text.find(';', end + (i ? 1 : 0));
+        if (end == std::string::npos)
+            break;
         items.push_back(text.substr(at, end + 1 - at));
         at = end + 1;
     }
@@ -64,7 +66,8 @@ std::vector<std::string> Items(const std::string& text) {
 TEST(ItemIndexTest, SameResultsAsScanningOnMutatedTexts) {
     std::string provider;
     CVelmora_DevProviderManageInfo info = qel_test::SampleDevProvider();
-    for (int i = 0; i < 4; ++i) info.DeviceInfo.push_back(info.DeviceInfo[i % 3]);
+    for (int i = 0; i < 4; ++i)
+        info.DeviceInfo.push_back(info.DeviceInfo[i % 3]);
     qel::pm::WritePlainText(info, provider);
     const std::string plans =
         "class[];UpdatePlansList;;string;ProviderName;P1;string;DisplayName;D1;"
@@ -88,7 +91,8 @@ TEST(ItemIndexTest, SameResultsAsScanningOnMutatedTexts) {
                 std::swap(mutated[random() % mutated.size()], mutated[random() % mutated.size()]);
             }
             std::string text;
-            for (const std::string& item : mutated) text += item;
+            for (const std::string& item : mutated)
+                text += item;
             text = text.substr(0, text.size() - (random() % 3 == 0 ? random() % 40 : 0));
             ASSERT_EQ(Compare(text), "");
         }
@@ -102,7 +106,8 @@ TEST(ItemIndexTest, SameResultsOnTheFuzzCorpora) {
         DIR* listing = opendir(dir.c_str());
         ASSERT_NE(listing, nullptr) << dir;
         while (struct dirent* entry = readdir(listing)) {
-            if (entry->d_name[0] == '.') continue;
+            if (entry->d_name[0] == '.')
+                continue;
             std::ifstream in(dir + "/" + entry->d_name, std::ios::binary);
             std::stringstream text;
             text << in.rdbuf();

@@ -11,7 +11,7 @@ namespace {
 using qel_test::TextBuffer;
 
 class ScannerTest : public ::testing::Test {
-protected:
+  protected:
     CSerializedMsg codec{"scan"};
     // The offset of a scanner's result in `text`, or -1 for null.
     static long At(TextBuffer& text, const char* pos) {
@@ -43,16 +43,17 @@ TEST_F(ScannerTest, GetItemReadsOneItemOrKeepsWhatItCould) {
         std::string type = "T", name = "N", value = "V";
         EXPECT_EQ(At(text, codec.getItem(text.get(), type, name, value)), c.next) << c.text;
         EXPECT_EQ(type + "|" + name + "|" + value,
-                  std::string(c.type) + "|" + c.name + "|" + c.value) << c.text;
+                  std::string(c.type) + "|" + c.name + "|" + c.value)
+            << c.text;
     }
     std::string t, n, v;
     EXPECT_EQ(codec.getItem(nullptr, t, n, v), nullptr);
 }
 
 TEST_F(ScannerTest, NumbersParseLikeStrtolTruncatedTo32Bits) {
-    const std::pair<const char*, int> cases[] = {
-        {"int;I;-12;", -12}, {"int;I;12ab;", 12}, {"int;I;;", 0},
-        {"int;I;x;", 0},     {"int;I;4294967297;", 1}, {"int;I; +7;", 7}};
+    const std::pair<const char*, int> cases[] = {{"int;I;-12;", -12},      {"int;I;12ab;", 12},
+                                                 {"int;I;;", 0},           {"int;I;x;", 0},
+                                                 {"int;I;4294967297;", 1}, {"int;I; +7;", 7}};
     for (const auto& c : cases) {
         TextBuffer text(c.first);
         std::string type, name;
@@ -76,15 +77,15 @@ TEST_F(ScannerTest, CompareItemMatchesOneItemByNameOrPath) {
     };
     const Case cases[] = {
         {"string;A;x;", "A", 11, "x"},
-        {"string;A;x;", "B", 0, "old"},                     // never skips forward
-        {"string;Name;v;", "Info[2]/Name", 14, "v"},        // path: last component
+        {"string;A;x;", "B", 0, "old"},               // never skips forward
+        {"string;Name;v;", "Info[2]/Name", 14, "v"},  // path: last component
         {"string;Info[2]/Name;v;", "Info[2]/Name", 0, "old"},
         {"string;Info[2]/Name;v;", "Name", 0, "old"},
         {"string;x/Name;v;", "A/x/Name", 0, "old"},
         {"string;Name;v;", "Info[2]/", 0, "old"},
-        {"string;;v;", "A", -1, "old"},                     // empty name reads as nothing
-        {"string;B;v", "A", 0, "old"},                      // cut, other name: position kept
-        {"string;A;v", "A", -1, ""},                        // cut, wanted name: empty, null
+        {"string;;v;", "A", -1, "old"},  // empty name reads as nothing
+        {"string;B;v", "A", 0, "old"},   // cut, other name: position kept
+        {"string;A;v", "A", -1, ""},     // cut, wanted name: empty, null
         {"", "A", -1, "old"},
     };
     for (const Case& c : cases) {
@@ -99,9 +100,11 @@ TEST_F(ScannerTest, CompareItemMatchesOneItemByNameOrPath) {
 }
 
 TEST_F(ScannerTest, CompareItemTypedForms) {
-    const std::pair<const char*, bool> flags[] = {
-        {"bool;Flag;true;", true}, {"bool;Flag;1;", false}, {"bool;Flag;TRUE;", false},
-        {"bool;Other;true;", false}, {"", false}};
+    const std::pair<const char*, bool> flags[] = {{"bool;Flag;true;", true},
+                                                  {"bool;Flag;1;", false},
+                                                  {"bool;Flag;TRUE;", false},
+                                                  {"bool;Other;true;", false},
+                                                  {"", false}};
     for (const auto& c : flags) {
         TextBuffer text(c.first);
         bool flag = true;

@@ -17,7 +17,7 @@ const char kDatabase[] = "/usr/share/hwdata/pci.ids";
 const char kInventory[] = "/opt/velmora/qel/etc/devices.tmp";
 
 class DeviceNamingTest : public ::testing::Test {
-protected:
+  protected:
     qel_test::TempSysroot root;
     CSomIf som{"naming"};
 
@@ -48,13 +48,14 @@ TEST_F(DeviceNamingTest, SmallDatabaseRules) {
         {"PCIROOT-8086-10d3", "Intel Corporation | 82574L Gigabit Network Connection"},
         {"PCIROOT-8086-10D4-00", "Intel Corporation | old name"},  // only a subsystem
         {"PCIROOT-8086-10D5-00", "Intel Corporation | No line end"},
-        {"PCIROOT-abcd-10D3-00", "old vendor | old name"},         // unknown vendor
+        {"PCIROOT-abcd-10D3-00", "old vendor | old name"},  // unknown vendor
         {"Bmc", "Provider Vendor | BMC"},
         {"SYSTEM", "Provider Vendor | BIOS/EFI"},
-        {"PCI-8086", "old vendor | old name"},                     // too short to look up
+        {"PCI-8086", "old vendor | old name"},  // too short to look up
         {"-", "old vendor | old name"},
     };
-    for (const auto& c : cases) EXPECT_EQ(Named(c.first), c.second) << c.first;
+    for (const auto& c : cases)
+        EXPECT_EQ(Named(c.first), c.second) << c.first;
     EXPECT_EQ(som.GetVendorName("8086  Intel Corporation\n"), "Intel Corporation");
     EXPECT_EQ(som.GetVendorName("8086"), "8086");
     EXPECT_EQ(som.GetVendorName("8086 "), "");
@@ -72,7 +73,8 @@ TEST_F(DeviceNamingTest, SmallDatabaseRules) {
 TEST_F(DeviceNamingTest, RealDatabaseAndMissingDatabase) {
     qel_test::TraceRecorder traces;
     EXPECT_EQ(Named("PCIROOT-8086-10D3-00"), "old vendor | old name");
-    EXPECT_TRUE(traces.Contains("[ENTER] void CSomIf::GetDeviceName(CVelmora_DeviceInfo&) PCIROOT-8086-10D3-00"));
+    EXPECT_TRUE(traces.Contains(
+        "[ENTER] void CSomIf::GetDeviceName(CVelmora_DeviceInfo&) PCIROOT-8086-10D3-00"));
     EXPECT_TRUE(traces.Contains("void CSomIf::GetDeviceName(CVelmora_DeviceInfo&) " +
                                 root.Path(kDatabase) + " file open failed (2)"));
     UseRealDatabase();
@@ -87,12 +89,14 @@ TEST_F(DeviceNamingTest, RealDatabaseAndMissingDatabase) {
 // time gives, traces included, on the real database and on a tricky one.
 TEST_F(DeviceNamingTest, BatchNamingMatchesSingleLookups) {
     UseRealDatabase();
-    std::vector<std::string> ids = {"PCIROOT-8086-FFFF-0000", "PCIROOT-ffff-10FB-0000", "Bmc",
-                                    "PCI-1", "PCIROOT-8086-10d3-00", "PCIROOT-8086-10D4-00"};
+    std::vector<std::string> ids = {
+        "PCIROOT-8086-FFFF-0000", "PCIROOT-ffff-10FB-0000", "Bmc", "PCI-1",
+        "PCIROOT-8086-10d3-00",   "PCIROOT-8086-10D4-00"};
     std::ifstream db("/usr/share/hwdata/pci.ids");
     std::string line, vendor;
     for (int n = 0; std::getline(db, line) && ids.size() < 120; ++n) {
-        if (line.size() > 6 && line[0] != '\t' && line[0] != '#') vendor = line.substr(0, 4);
+        if (line.size() > 6 && line[0] != '\t' && line[0] != '#')
+            vendor = line.substr(0, 4);
         if (n % 37 == 0 && line.size() > 6 && line[0] == '\t' && line[1] != '\t') {
             ids.push_back("PCIROOT-" + vendor + "-" + line.substr(1, 4) + "-00");
         }
@@ -104,7 +108,8 @@ TEST_F(DeviceNamingTest, BatchNamingMatchesSingleLookups) {
         }
         qel_test::TraceRecorder traces;
         std::vector<std::string> single;
-        for (const std::string& id : ids) single.push_back(Named(id));
+        for (const std::string& id : ids)
+            single.push_back(Named(id));
         const std::vector<std::string> singleTraces = traces.Texts();
         traces.Clear();
         qel::discovery::DeviceNamer namer("naming", /*batch=*/true);

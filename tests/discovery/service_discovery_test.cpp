@@ -25,22 +25,24 @@ TEST(ServiceDiscoveryTest, ServicesByKindAndFlags) {
                                        {"NicService", "VELMORA_NicProvider"},
                                        {"GpuService", "VELMORA_GpuProvider"},
                                        {"ToolService", "VELMORA_ToolProvider"}}));
-    EXPECT_TRUE(traces.Contains("HRESULT CSomIf::GetDeviceService(strpairvect_t&) add "
-                                "VELMORA_NicProvider : NicService to list"));
+    EXPECT_TRUE(
+        traces.Contains("HRESULT CSomIf::GetDeviceService(strpairvect_t&) add "
+                        "VELMORA_NicProvider : NicService to list"));
     EXPECT_TRUE(traces.Contains("[LEAVE] HRESULT CSomIf::GetDeviceService(strpairvect_t&), rc=3"));
 }
 
 TEST(ServiceDiscoveryTest, DeviceAliveAgainstTheInventory) {
     qel_test::TempSysroot root;
     CSomIf som("disc");
-    root.WriteFile("/opt/velmora/qel/provider/nic.ini", "; NIC\n[8086-10D3]\n[14E4-1657]\nDriver=tg3\n");
+    root.WriteFile("/opt/velmora/qel/provider/nic.ini",
+                   "; NIC\n[8086-10D3]\n[14E4-1657]\nDriver=tg3\n");
     CMofContents provider;
     provider.ClassName = "VELMORA_NicProvider";
     provider.ProviderFile = "nic.ini";
     const std::pair<const char*, bool> cases[] = {
         {"PCIROOT-8086-10d3-0000\n", true},  {"pciroot-14e4-1657-01 Bmc\n", true},
-        {"ABCDEFGH8086-10D3\n", true},       // 17 characters
-        {"ABCDEFG8086-10D3\n", false},       // 16 characters: never compared
+        {"ABCDEFGH8086-10D3\n", true},  // 17 characters
+        {"ABCDEFG8086-10D3\n", false},  // 16 characters: never compared
         {"PCIROOT-8086-10FB-0000\n", false}, {"", false},
     };
     for (const auto& c : cases) {

@@ -16,16 +16,18 @@ const char kConfig[] = "/opt/velmora/qel/som/socket.conf";
 const std::string kHeader = "00000035cafefeedC/M0000000000000000";  // 35 bytes, empty body
 
 class FileTransferTest : public ::testing::Test {
-protected:
+  protected:
     qel_test::TempSysroot root;
 
     // One exchange; the reply as stored, or "<-1>".
     static std::string Exchange(const std::string& message, int bufferSize) {
         CFileTransfer transfer("t", kConfig);
-        if (transfer.SendMessage(message) == -1) return "<send failed>";
+        if (transfer.SendMessage(message) == -1)
+            return "<send failed>";
         std::vector<char> buffer(bufferSize + 8, 'Z');
         int n = transfer.RecvMessage(buffer.data(), bufferSize, 35);
-        if (n < 0) return "<-1>";
+        if (n < 0)
+            return "<-1>";
         EXPECT_EQ(buffer[n], '\0');
         EXPECT_EQ(buffer[n + 1], n + 1 < bufferSize ? buffer[n + 1] : 'Z');  // nothing past the NUL
         return std::string(buffer.data(), n);
@@ -36,7 +38,8 @@ TEST_F(FileTransferTest, RepliesAreStoredCutOrReadToTheClose) {
     FakeSomService service(root);
     service.Push(Action::Answer("string;A;x;", 0x12));
     const std::string request = "00000035cafefeedC/M0000000000000003abc";
-    EXPECT_EQ(Exchange(request, 256), FakeSomService::ReplyText("C", "M", "00000012", "string;A;x;"));
+    EXPECT_EQ(Exchange(request, 256),
+              FakeSomService::ReplyText("C", "M", "00000012", "string;A;x;"));
     EXPECT_EQ(service.LastRequest().bytes, request);
     service.Push(Action::Answer(std::string(100000, 'b')));  // cut at 63 bytes, the rest drained
     service.Push(Action::Answer("next"));

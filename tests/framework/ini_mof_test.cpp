@@ -50,8 +50,8 @@ TEST(MofReaderTest, ReadsRealisticMofText) {
     EXPECT_EQ(got[1].ClassName, "VELMORA_ToolProvider");  // names match ignoring case
     EXPECT_EQ(got[1].Flags, 3);                           // binary
     EXPECT_TRUE(got[1].Methods.empty());
-    EXPECT_EQ(got[3].Flags, 017);                         // octal
-    EXPECT_EQ(got[3].Description, "A\xE2\x98\xBA");       // \x escapes as UTF-8
+    EXPECT_EQ(got[3].Flags, 017);                    // octal
+    EXPECT_EQ(got[3].Description, "A\xE2\x98\xBA");  // \x escapes as UTF-8
     CMofReader missing("/nonexistent.mof");
     missing.ParseContents();
     missing.GetMofContents(got);
@@ -60,9 +60,9 @@ TEST(MofReaderTest, ReadsRealisticMofText) {
 
 TEST(MofReaderTest, SyntaxErrorsKeepTheInstancesReadSoFar) {
     const std::string good = "instance of A { Name = \"one\"; };\n";
-    for (const char* bad : {"instance of B { Name = ; };", "instance of B { Name = \"open; };",
-                            "instance B { };", "@@@", "instance of B { Name = \"x\" ",
-                            "/* never closed"}) {
+    for (const char* bad :
+         {"instance of B { Name = ; };", "instance of B { Name = \"open; };", "instance B { };",
+          "@@@", "instance of B { Name = \"x\" ", "/* never closed"}) {
         std::vector<CMofContents> contents = CMofReader::ParseText(good + bad);
         ASSERT_EQ(contents.size(), 1u) << bad;
         EXPECT_EQ(contents[0].Name, "one");

@@ -11,7 +11,7 @@ namespace {
 // Counts live instances so that ownership mistakes show as numbers; the
 // sanitizer run also proves there is no leak and no double free.
 class CountedObject : public IWbemClassObject {
-public:
+  public:
     static int live;
     CountedObject() { ++live; }
     ~CountedObject() override { --live; }
@@ -46,7 +46,8 @@ TEST(IWbemClassObjectTest, IterationIsInInsertionOrderAndLookupTakesTheLast) {
     obj.push("B", std::string("b"));
     obj.push("A", 2);
     std::vector<std::string> names;
-    for (auto it = obj.getIterator(); obj.hasNext(it); ++it) names.push_back(it->first);
+    for (auto it = obj.getIterator(); obj.hasNext(it); ++it)
+        names.push_back(it->first);
     EXPECT_EQ(names, (std::vector<std::string>{"A", "B", "A"}));
     EXPECT_EQ(*obj.GetAs<int>("A"), 2);
     EXPECT_EQ(obj.GetAs<int>("B"), nullptr);  // wrong type

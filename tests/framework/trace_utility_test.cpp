@@ -22,11 +22,12 @@ std::string ReadAll(const std::string& path) {
 
 // Points QEL_TRACE at a file for one test and restores the quiet default.
 class TraceFile {
-public:
+  public:
     TraceFile(const qel_test::TempSysroot& root, const char* levels)
         : path_(root.root() + "/trace.log") {
         setenv("QEL_TRACE", path_.c_str(), 1);
-        if (levels != nullptr) setenv("QEL_TRACE_LEVEL", levels, 1);
+        if (levels != nullptr)
+            setenv("QEL_TRACE_LEVEL", levels, 1);
         CTraceUtility::Initialize("test", 0xFFFFFFFFu);
     }
     ~TraceFile() {
@@ -36,7 +37,7 @@ public:
     }
     const std::string& path() const { return path_; }
 
-private:
+  private:
     std::string path_;
 };
 
@@ -88,7 +89,8 @@ TEST(TraceUtilityTest, LinesFromManyThreadsNeverInterleave) {
             }
         });
     }
-    for (auto& thread : threads) thread.join();
+    for (auto& thread : threads)
+        thread.join();
     std::istringstream lines(ReadAll(file.path()));
     std::string line;
     int count = 0;

@@ -22,7 +22,7 @@ Outcome Somctl(const std::vector<std::string>& args) {
 }
 
 class SomctlTest : public ::testing::Test {
-protected:
+  protected:
     qel_test::TempSysroot root;
     qel_test::SomdProcess somd{root};
 };

@@ -26,7 +26,7 @@ const HRESULT kAuthorityHeld = 0x8000A001L;
 const HRESULT kUnknownMethod = 0x8000A003L;
 
 class SomdTest : public ::testing::Test {
-protected:
+  protected:
     TempSysroot root;
     SomdProcess somd{root};
     CSomIf som{"it"};
@@ -44,7 +44,8 @@ protected:
             shutdown(fd, SHUT_WR);
             char chunk[4096];
             ssize_t n;
-            while ((n = read(fd, chunk, sizeof chunk)) > 0) reply.append(chunk, n);
+            while ((n = read(fd, chunk, sizeof chunk)) > 0)
+                reply.append(chunk, n);
         }
         close(fd);
         return reply;
@@ -114,7 +115,8 @@ TEST_F(SomdTest, BulkUpdateMovesTheProcessStatusAndThePlans) {
         while (!done) {
             LONG status = 0;
             observer.GetQELStatus(status);
-            if (status == 0x8001) sawUpdating = true;
+            if (status == 0x8001)
+                sawUpdating = true;
             usleep(10000);
         }
     });
@@ -208,14 +210,15 @@ TEST_F(SomdTest, BadRequestsNeverStopTheService) {
     const std::string requests[] = {
         "",
         "garbage that is not a request",
-        "00000099cafefeedC/M0000000000000000",                  // header cut short
-        "00000035deadbeefC/M0000000000000000",                  // wrong magic
-        "00000035cafefeedC/M00000000xxxxxxxx",                  // bad body length
-        "00000035cafefeedC/M0000000099999999",                  // body beyond the limit
-        "00000035cafefeedC/M0000000000000010abc",               // body cut short
-        "00000036cafefeedCX/M0000000000000000",                 // unknown class and method
+        "00000099cafefeedC/M0000000000000000",     // header cut short
+        "00000035deadbeefC/M0000000000000000",     // wrong magic
+        "00000035cafefeedC/M00000000xxxxxxxx",     // bad body length
+        "00000035cafefeedC/M0000000099999999",     // body beyond the limit
+        "00000035cafefeedC/M0000000000000010abc",  // body cut short
+        "00000036cafefeedCX/M0000000000000000",    // unknown class and method
     };
-    for (const std::string& request : requests) RawExchange(request);
+    for (const std::string& request : requests)
+        RawExchange(request);
     EXPECT_NE(RawExchange("00000035cafefeedC/M0000000000000000").find("8000a003"),
               std::string::npos);
     std::vector<CVELMORA_QelVersionInfo> versions;
@@ -238,7 +241,8 @@ TEST_F(SomdTest, ManyClientsAtOnce) {
             }
         });
     }
-    for (auto& thread : threads) thread.join();
+    for (auto& thread : threads)
+        thread.join();
     EXPECT_EQ(failures.load(), 0);
 }
 

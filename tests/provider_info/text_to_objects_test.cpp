@@ -99,8 +99,9 @@ TEST(TextToObjectsTest, ProviderHeaderDecidesTheKind) {
         Read(c.first, out);
         EXPECT_EQ(out.empty() ? "" : out.begin()->first, c.second) << c.first;
         // Without a provider header the reader returns early, with no exit trace.
-        EXPECT_EQ(traces.Contains("[LEAVE] void CProviderManageInfo::toObject(char*, IWbemClassObject&)"),
-                  !out.empty());
+        EXPECT_EQ(
+            traces.Contains("[LEAVE] void CProviderManageInfo::toObject(char*, IWbemClassObject&)"),
+            !out.empty());
     }
 }
 
@@ -152,13 +153,16 @@ TEST(TextToObjectsTest, ListEndsWhereTheReadersSay) {
     // No module header anywhere: the device list ends after the first device;
     // provider fields are pushed even when missing.
     IWbemClassObject out;
-    Read("class;DevProviderManageInfo;;string;ProviderName;P;class[];DeviceInfo;;"
-         "string;VendorName;A;string;VendorName;B;", out);
+    Read(
+        "class;DevProviderManageInfo;;string;ProviderName;P;class[];DeviceInfo;;"
+        "string;VendorName;A;string;VendorName;B;",
+        out);
     IWbemClassObject* provider = *out.GetAs<IWbemClassObject*>("DevProviderManageInfo");
     EXPECT_EQ(Text(*provider, "ProviderVendorName"), "");
     const Objects& devices = List(*provider, "DeviceInfo");
     ASSERT_EQ(devices.size(), 1u);
-    EXPECT_TRUE(List(*devices[0], "ModuleInfo").empty() && List(*devices[0], "LinkAppInfo").empty());
+    EXPECT_TRUE(List(*devices[0], "ModuleInfo").empty() &&
+                List(*devices[0], "LinkAppInfo").empty());
     // Only the first linked application reaches the tree when a module list follows.
     CVelmora_DevProviderManageInfo info = qel_test::SampleDevProvider();
     info.DeviceInfo.resize(1);

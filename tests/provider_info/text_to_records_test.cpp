@@ -62,7 +62,8 @@ TEST(TextToRecordsTest, RealisticRepliesReadBackCompletely) {
     EXPECT_EQ(tool.ToolInfo[1].ModuleInfo.at(0).RepositoryInfo.size(), 1u);
 }
 
-const char kProvider[] = "string;ProviderName;P;string;ProviderVendorName;V;string;ProviderVersion;1;";
+const char kProvider[] =
+    "string;ProviderName;P;string;ProviderVendorName;V;string;ProviderVersion;1;";
 const char kDevice[] =
     "string;VendorName;N;string;UniqueName;U;string;DeviceId;PCIROOT-8086-10FB;"
     "string;HardwareVersion;01;string[];ExtendedInfo;a!#b;";
@@ -75,7 +76,8 @@ TEST(TextToRecordsTest, ListsEndWhereTheNextFirstFieldIsMissing) {
     const std::pair<std::string, std::size_t> cases[] = {
         {std::string(kProvider) + kDevice + kDevice, 2},
         {std::string("class;DevProviderManageInfo;;") + kProvider + "class;DeviceInfo;;" + kDevice +
-             "class;DeviceInfo;;" + kDevice, 2},  // headers are optional
+             "class;DeviceInfo;;" + kDevice,
+         2},  // headers are optional
         {std::string(kProvider) + kDevice + noVendor + kDevice, 1},
         {std::string(kProvider) + kDevice + std::string(kDevice).substr(0, 30), 2},  // cut: kept
         {pathNamed, 0},
@@ -101,8 +103,9 @@ TEST(TextToRecordsTest, FieldRules) {
     CProviderManageInfo codec("r");
     // DisplayName before VendorVersion (the writer's order): the cursor stays
     // on VendorVersion and every later field reads as absent.
-    TextBuffer swapped("string;ApplyKind;Online;string;HardwareVersion;A1;string;DisplayName;D;"
-                       "string;VendorVersion;3;string;ModulePath;/p;int;Priority;4;bool;Recovery;true;");
+    TextBuffer swapped(
+        "string;ApplyKind;Online;string;HardwareVersion;A1;string;DisplayName;D;"
+        "string;VendorVersion;3;string;ModulePath;/p;int;Priority;4;bool;Recovery;true;");
     CVelmora_ManageModuleInfo module;
     codec.setRepositoryInfo(swapped.get(), module);
     const CVelmora_ManageRepositoryInfo& e = module.RepositoryInfo.at(0);
@@ -115,11 +118,12 @@ TEST(TextToRecordsTest, FieldRules) {
     codec.setModuleInfo(ints.get(), device);
     EXPECT_EQ(device.ModuleInfo.at(0).UpdatePriority + device.ModuleInfo.at(0).UpdateStatus, 0);
     for (const auto& flag : {std::make_pair("1", false), std::make_pair("true", true)}) {
-        TextBuffer text(std::string("string;ApplyKind;A;string;HardwareVersion;;string;VendorVersion;;"
-                                    "string;DisplayName;;string;ModulePath;;int;Priority;1;string;"
-                                    "ReqProviderVersion;;string;RebootAfterPreUpdate;;string;"
-                                    "RebootAfterUpdate;;string;RebootAfterRestore;;bool;Recovery;") +
-                        flag.first + ";");
+        TextBuffer text(
+            std::string("string;ApplyKind;A;string;HardwareVersion;;string;VendorVersion;;"
+                        "string;DisplayName;;string;ModulePath;;int;Priority;1;string;"
+                        "ReqProviderVersion;;string;RebootAfterPreUpdate;;string;"
+                        "RebootAfterUpdate;;string;RebootAfterRestore;;bool;Recovery;") +
+            flag.first + ";");
         CVelmora_ManageModuleInfo m;
         codec.setRepositoryInfo(text.get(), m);
         EXPECT_EQ(m.RepositoryInfo.at(0).Recovery, flag.second) << flag.first;
@@ -140,16 +144,17 @@ TEST(TextToRecordsTest, TruncationAtEveryPlaceStopsCleanly) {
 TEST(TextToRecordsTest, OnlyTheDeviceLinkAppReaderTracesElements) {
     qel_test::TraceRecorder traces;
     CProviderManageInfo codec("links");
-    TextBuffer text("class;LinkAppInfo;;string;ApplicationName;A;string;ExecutePath;/a;"
-                    "string;DescriptionFilePath;/d;string;ApplicationName;B;");
+    TextBuffer text(
+        "class;LinkAppInfo;;string;ApplicationName;A;string;ExecutePath;/a;"
+        "string;DescriptionFilePath;/d;string;ApplicationName;B;");
     CVelmora_DeviceInfo device;
     traces.Clear();
     codec.setLinkAppInfo(text.get(), device);
     EXPECT_EQ(device.LinkAppInfo.size(), 2u);
-    EXPECT_EQ(traces.Texts(), (std::vector<std::string>{
-                                  "[enter] setLinkAppInfo", "[leave] setLinkAppInfo",
-                                  "[enter] setLinkAppInfo", "[leave] setLinkAppInfo",
-                                  "[enter] setLinkAppInfo"}));
+    EXPECT_EQ(traces.Texts(),
+              (std::vector<std::string>{"[enter] setLinkAppInfo", "[leave] setLinkAppInfo",
+                                        "[enter] setLinkAppInfo", "[leave] setLinkAppInfo",
+                                        "[enter] setLinkAppInfo"}));
     EXPECT_EQ(traces.Lines()[0].level, 32);
     traces.Clear();
     CVelmora_ToolInfo tool;

@@ -45,7 +45,8 @@ TEST(ConcurrencyTest, EightClientsWithTracing) {
             }
         });
     }
-    for (auto& thread : threads) thread.join();
+    for (auto& thread : threads)
+        thread.join();
     unsetenv("QEL_TRACE");
     CTraceUtility::Initialize("concurrency", 0xFFFFFFFFu);
     EXPECT_EQ(wrong.load(), 0);

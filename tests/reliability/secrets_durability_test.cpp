@@ -81,7 +81,8 @@ TEST(DurabilityTest, AcknowledgedSettingsSurviveKill9) {
         std::thread writer([&] {
             CSomIf som("writer");
             for (int i = 0; !stop; ++i) {
-                if (som.AliveMonitorSetParameter("Seq" + std::to_string(i), std::to_string(i)) != 0) {
+                if (som.AliveMonitorSetParameter("Seq" + std::to_string(i), std::to_string(i)) !=
+                    0) {
                     break;
                 }
                 acknowledged = i;

@@ -28,7 +28,7 @@ const char kFiles[] =
     "class[];FileInfo;;string;Kind;k;string;Url;u;string;PhysiName;f;string;Md5Hash;h;";
 
 class ConformityTest : public ::testing::Test {
-protected:
+  protected:
     CUpDownSchedule codec{"conf"};
 
     void List(const std::string& text, IWbemClassObject& obj) {
@@ -64,8 +64,10 @@ TEST_F(ConformityTest, BlocksComeInAnyOrder) {
     const IWbemClassObject& module =
         Child(*(*obj.GetAs<Objects>("UpdateModuleConformityList"))[0], "ModuleInfo");
     std::vector<std::string> names;
-    for (const auto& entry : module) names.push_back(entry.first);
-    EXPECT_EQ(names, (std::vector<std::string>{"UniqueName", "ModuleName", "LinkInfo", "AttrInfo"}));
+    for (const auto& entry : module)
+        names.push_back(entry.first);
+    EXPECT_EQ(names,
+              (std::vector<std::string>{"UniqueName", "ModuleName", "LinkInfo", "AttrInfo"}));
 }
 
 TEST_F(ConformityTest, FileAndLinkBlockRules) {
@@ -114,12 +116,13 @@ TEST_F(ConformityTest, ListAndInputLevelRules) {
     const std::string input = "string;AppKey;k;string;CheckUpdateModuleConformityInput;;";
     // What the list entry holds afterwards: -1 for no entry at all.
     const std::pair<std::string, int> lists[] = {
-        {kEntry, -1},                                          // no list item
+        {kEntry, -1},  // no list item
         {list, 0},
         {list + kEntry + kAttr + kEntry, 2},
-        {list + kEntry + kAttr + "string;ProviderName;Q;string;VendorName;W;", -1},  // no ModuleInfo
+        {list + kEntry + kAttr + "string;ProviderName;Q;string;VendorName;W;",
+         -1},                                                               // no ModuleInfo
         {list + kEntry + "string;ProviderName;Q;string;VendorName;W;", 1},  // string items skipped
-        {list + kEntry + std::string(kAttr).substr(0, 40), 1},           // cut inside a block
+        {list + kEntry + std::string(kAttr).substr(0, 40), 1},              // cut inside a block
     };
     for (const auto& c : lists) {
         IWbemClassObject obj;
@@ -140,7 +143,8 @@ TEST_F(ConformityTest, ListAndInputLevelRules) {
         for (const auto& entry : obj) {
             got += got.empty() ? "" : " ";
             got += entry.first;
-            if (const auto* v = boost::any_cast<Objects>(&entry.second)) got += ":" + std::to_string(v->size());
+            if (const auto* v = boost::any_cast<Objects>(&entry.second))
+                got += ":" + std::to_string(v->size());
         }
         EXPECT_EQ(got, c.second) << c.first;
     }

@@ -15,9 +15,12 @@ std::string Dump(const IWbemClassObject& obj) {
     std::string out;
     for (const auto& entry : obj) {
         out += entry.first + "=";
-        if (const auto* s = boost::any_cast<std::string>(&entry.second)) out += *s;
-        if (const auto* i = boost::any_cast<int>(&entry.second)) out += std::to_string(*i);
-        if (const auto* b = boost::any_cast<bool>(&entry.second)) out += *b ? "true" : "false";
+        if (const auto* s = boost::any_cast<std::string>(&entry.second))
+            out += *s;
+        if (const auto* i = boost::any_cast<int>(&entry.second))
+            out += std::to_string(*i);
+        if (const auto* b = boost::any_cast<bool>(&entry.second))
+            out += *b ? "true" : "false";
         out += " ";
     }
     return out;
@@ -27,8 +30,7 @@ TEST(PlanDecodersTest, PlansAreDelimitedAndSearchedToTheEnd) {
     const std::pair<const char*, std::vector<std::string>> cases[] = {
         {"class[];X;2;string;ProviderName;P1;string;DisplayName;D1;string;DependencyName;;"
          "string;ProviderName;P2;string;DependencyName;N2;",
-         {"ProviderName=P1 DisplayName=D1 DependencyName= ",
-          "ProviderName=P2 DependencyName=N2 "}},
+         {"ProviderName=P1 DisplayName=D1 DependencyName= ", "ProviderName=P2 DependencyName=N2 "}},
         // A field missing from the first plan is taken from the second; tags not looked at.
         {"class[];X;;string;ProviderName;P1;string;DependencyName;;string;ProviderName;P2;"
          "string;UpdatePriority;3;string;DisplayName;D2;string;DependencyName;N2;",
@@ -46,7 +48,8 @@ TEST(PlanDecodersTest, PlansAreDelimitedAndSearchedToTheEnd) {
         const Objects* const* plans = obj.GetAs<Objects*>("UpdatePlansList");
         ASSERT_NE(plans, nullptr) << c.first;
         std::vector<std::string> got;
-        for (IWbemClassObject* plan : **plans) got.push_back(Dump(*plan));
+        for (IWbemClassObject* plan : **plans)
+            got.push_back(Dump(*plan));
         EXPECT_EQ(got, c.second) << c.first;
     }
     for (const char* none : {"string;A;x;", ""}) {
@@ -97,8 +100,9 @@ TEST(PlanDecodersTest, SectionsBecomeOneObjectEach) {
     ASSERT_EQ(obj.size(), 2u);
     EXPECT_EQ((*obj.GetAs<IWbemClassObject*>("DownloadSchedule"))->size(), 5u);
     EXPECT_EQ((*obj.GetAs<IWbemClassObject*>("DownloadSetting"))->size(), 11u);
-    TextBuffer rules("string;Before;x;class;S;;bool;A;0;bool;B;false;bool;C;;int;I;7z;"
-                     "string[];ExtendedInfo;a!#b;long;L;1;");
+    TextBuffer rules(
+        "string;Before;x;class;S;;bool;A;0;bool;B;false;bool;C;;int;I;7z;"
+        "string[];ExtendedInfo;a!#b;long;L;1;");
     IWbemClassObject sections;
     codec.String2IWbem(rules.get(), sections);
     ASSERT_EQ(sections.size(), 1u);  // the item before the first section is skipped

@@ -79,11 +79,13 @@ TEST(SettingsSectionsTest, ReadersArePositional) {
     // Expected: flag, repeat type, day, date, time (starting from true, 5, "old"s).
     const std::pair<const char*, const char*> cases[] = {
         {"class;UpdateSchedule;;bool;IsAutoSetting;true;int;RepeatType;2;string;DayOfWeek;a;"
-         "string;Date;b;string;Time;c;", "1 2 a b c"},
+         "string;Date;b;string;Time;c;",
+         "1 2 a b c"},
         {"class;UpdateSchedule;;int;RepeatType;2;string;DayOfWeek;a;string;Date;b;string;Time;c;",
          "0 2 a b c"},  // no flag item
         {"class;UpdateSchedule;;bool;IsAutoSetting;true;int;RepeatType;2;string;Date;b;"
-         "string;DayOfWeek;a;string;Time;c;", "1 2 old b old"},  // out of place: not found
+         "string;DayOfWeek;a;string;Time;c;",
+         "1 2 old b old"},  // out of place: not found
         {"", "0 5 old old old"},
         {"class;UpdateSchedule;;bool;IsAutoSetting;1;int;RepeatType;2;", "0 2 old old old"},
         {"class;UpdateSchedule;;bool;IsAutoSetting;true;int;RepeatType;7;string;DayOfWeek;a",
@@ -125,14 +127,15 @@ TEST(SettingsSectionsTest, TracesUnderTheCodecsName) {
     TextBuffer empty("");
     CVELMORA_UpdateSchedule s;
     named.toObject(empty.get(), s);
-    EXPECT_EQ(traces.Texts(),
-              (std::vector<std::string>{
-                  "[ENTER] CUpDownSchedule::CUpDownSchedule(std::string)",
-                  "[LEAVE] CUpDownSchedule::CUpDownSchedule(std::string)",
-                  "[ENTER] void CUpDownSchedule::toString(const CVELMORA_UpdateSchedule&, std::string&)",
-                  "[LEAVE] void CUpDownSchedule::toString(const CVELMORA_UpdateSchedule&, std::string&)",
-                  "[ENTER] void CUpDownSchedule::toObject(char*, CVELMORA_UpdateSchedule&)",
-                  "[LEAVE] void CUpDownSchedule::toObject(char*, CVELMORA_UpdateSchedule&)"}));
+    EXPECT_EQ(
+        traces.Texts(),
+        (std::vector<std::string>{
+            "[ENTER] CUpDownSchedule::CUpDownSchedule(std::string)",
+            "[LEAVE] CUpDownSchedule::CUpDownSchedule(std::string)",
+            "[ENTER] void CUpDownSchedule::toString(const CVELMORA_UpdateSchedule&, std::string&)",
+            "[LEAVE] void CUpDownSchedule::toString(const CVELMORA_UpdateSchedule&, std::string&)",
+            "[ENTER] void CUpDownSchedule::toObject(char*, CVELMORA_UpdateSchedule&)",
+            "[LEAVE] void CUpDownSchedule::toObject(char*, CVELMORA_UpdateSchedule&)"}));
     EXPECT_EQ(traces.Lines()[2].source, "caller");
 }
 

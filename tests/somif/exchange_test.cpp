@@ -30,11 +30,14 @@ TEST(MessageHeaderTest, HeadersNamesAndHandBuiltItems) {
         // Beyond the 1024-byte header buffer: cut, not overrun.
         EXPECT_EQ(som.getMsgHead(std::string(2000, 'c'), "M", 0).size(), 1023u);
         const std::pair<const char*, const char*> names[] = {
-            {"ExecuteUpdate", "ExecuteUpdate"}, {"HRESULT CSomIf::ExecuteReboot()", "ExecuteReboot"},
+            {"ExecuteUpdate", "ExecuteUpdate"},
+            {"HRESULT CSomIf::ExecuteReboot()", "ExecuteReboot"},
             {"HRESULT CSomIf::AliveMonitorSetParameter(std::string, std::string)",
              "AliveMonitorSetParameter"},
-            {"", ""}, {"Plain(", "Plain"}};
-        for (const auto& c : names) EXPECT_EQ(som.getShortFuncName(c.first), c.second);
+            {"", ""},
+            {"Plain(", "Plain"}};
+        for (const auto& c : names)
+            EXPECT_EQ(som.getShortFuncName(c.first), c.second);
         EXPECT_EQ(som.getBoolParam("Rollback", true), "bool;Rollback;1;");
         EXPECT_EQ(som.getBoolParam("Rollback", false), "bool;Rollback;0;");
         EXPECT_EQ(som.getStrParam("key-1"), "string;AppKey;key-1;");
@@ -42,10 +45,13 @@ TEST(MessageHeaderTest, HeadersNamesAndHandBuiltItems) {
     const std::vector<std::string> texts = traces.Texts();
     EXPECT_EQ(texts.front(), "[ENTER] CSomIf::CSomIf(std::string)");
     EXPECT_EQ(texts[1], "[LEAVE] CSomIf::CSomIf(std::string)");
-    EXPECT_EQ(texts[2], "[ENTER] std::string CSomIf::getMsgHead(std::string, const char*, uint32_t)");
-    EXPECT_EQ(texts[3], "[LEAVE] std::string CSomIf::getMsgHead(std::string, const char*, uint32_t)");
+    EXPECT_EQ(texts[2],
+              "[ENTER] std::string CSomIf::getMsgHead(std::string, const char*, uint32_t)");
+    EXPECT_EQ(texts[3],
+              "[LEAVE] std::string CSomIf::getMsgHead(std::string, const char*, uint32_t)");
     EXPECT_EQ(texts.back(), "[LEAVE] virtual CSomIf::~CSomIf()");
-    for (const auto& line : traces.Lines()) EXPECT_EQ(line.source + std::to_string(line.level), "front4");
+    for (const auto& line : traces.Lines())
+        EXPECT_EQ(line.source + std::to_string(line.level), "front4");
 }
 
 // A reply to class "C", method "M": header length 35.
@@ -67,11 +73,11 @@ TEST(ResultTest, ResultFieldThenReturnValue) {
         {Reply("zzzzzzzz", "long;ReturnValue;7;"), 35, 7},
         {Reply("0000001g", ""), 35, 1},
         {Reply("00000000", "long;ReturnValue; +12ab;"), 35, 12},
-        {Reply("00000000", "long;ReturnValue;9"), 35, 9},       // no closing ";"
-        {Reply("00000000", "int;ReturnValue;9;"), 35, 0},       // not a long item
-        {"", 35, 0},                                             // shorter than a header
-        {"00000035cafefeedC/M00", 35, 0},                        // cut in the result field
-        {Reply("00000000", "long;ReturnValue;3;"), 2, 3},        // nonsense header length
+        {Reply("00000000", "long;ReturnValue;9"), 35, 9},  // no closing ";"
+        {Reply("00000000", "int;ReturnValue;9;"), 35, 0},  // not a long item
+        {"", 35, 0},                                       // shorter than a header
+        {"00000035cafefeedC/M00", 35, 0},                  // cut in the result field
+        {Reply("00000000", "long;ReturnValue;3;"), 2, 3},  // nonsense header length
     };
     CSomIf som("res");
     for (const Case& c : cases) {
@@ -110,25 +116,30 @@ TEST(ResultTest, BodyPosition) {
     const std::string reply = Reply("00000000", "string;A;x;");
     EXPECT_EQ(som.getSpecificPos(reply), 35u);
     EXPECT_EQ(som.getSpecificPos("no slash here"), 0u);
-    EXPECT_EQ(som.getSpecificPos("abc/def"), 7u);       // no digit: empty body
-    EXPECT_EQ(som.getSpecificPos("abc/x1yz"), 8u);      // clamped to the end
+    EXPECT_EQ(som.getSpecificPos("abc/def"), 7u);   // no digit: empty body
+    EXPECT_EQ(som.getSpecificPos("abc/x1yz"), 8u);  // clamped to the end
     EXPECT_EQ(som.getSpecificPos(""), 0u);
 }
 
 TEST(ResultTest, RebootKind) {
     CSomIf som("rb");
     const std::pair<const char*, long> cases[] = {
-        {"xlong;Reboot;2;", 2},         {"long;Reboot;2;", 0},
-        {"string;A;b;long;Reboot;1;", 1}, {"xlong;Reboot;;", 0},
-        {"xlong;Reboot;7", 7},          {"xlong;Rebooted;3;", 0},
-        {"", 0},                        {"x", 0},
+        {"xlong;Reboot;2;", 2},
+        {"long;Reboot;2;", 0},
+        {"string;A;b;long;Reboot;1;", 1},
+        {"xlong;Reboot;;", 0},
+        {"xlong;Reboot;7", 7},
+        {"xlong;Rebooted;3;", 0},
+        {"", 0},
+        {"x", 0},
     };
-    for (const auto& c : cases) EXPECT_EQ(som.getRebootKind(c.first), c.second) << c.first;
+    for (const auto& c : cases)
+        EXPECT_EQ(som.getRebootKind(c.first), c.second) << c.first;
     EXPECT_EQ(som.getRebootKind(nullptr), 0);
 }
 
 class ExchangeTest : public ::testing::Test {
-protected:
+  protected:
     TempSysroot root;
 };
 

@@ -16,7 +16,7 @@ using qel_test::FakeSomService;
 const uint32_t kServiceError = 0x80001234u;  // negative, not of the transport family
 
 class OperationsTest : public ::testing::Test {
-protected:
+  protected:
     qel_test::TempSysroot root;
     FakeSomService service{root, 1};
     CSomIf som{"ops"};
@@ -84,12 +84,14 @@ TEST_F(OperationsTest, ResultPathsAndTheirTraces) {
     EXPECT_EQ(som.SetAutoUpdateSetting(update), 6);
     service.Push(Action::Fault(Action::kCloseWithoutAnswer));
     EXPECT_EQ(som.GetOperatingAuthority("C", "k"), 0x80081101L);
-    EXPECT_TRUE(traces.Contains("[LEAVE] HRESULT CSomIf::GetOperatingAuthority(std::string, "
-                                "std::string), rc=-2146955007"));
+    EXPECT_TRUE(
+        traces.Contains("[LEAVE] HRESULT CSomIf::GetOperatingAuthority(std::string, "
+                        "std::string), rc=-2146955007"));
     service.Stop();
     EXPECT_EQ(som.SetAutoUpdateSetting(update), 0x80081001L);
-    EXPECT_TRUE(traces.Contains("[LEAVE] HRESULT CSomIf::SetAutoUpdateSetting(const "
-                                "CVELMORA_UpdateSchedule&), rc=18446744071562596353"));
+    EXPECT_TRUE(
+        traces.Contains("[LEAVE] HRESULT CSomIf::SetAutoUpdateSetting(const "
+                        "CVELMORA_UpdateSchedule&), rc=18446744071562596353"));
 }
 
 TEST_F(OperationsTest, ReadersDecodeOnlyWhenNotNegative) {
@@ -150,9 +152,9 @@ TEST_F(OperationsTest, ReplyDetails) {
     EXPECT_EQ(som.RollbackAll(kind), 0);
     EXPECT_EQ(kind, 0);  // no "Reboot" item
     const std::pair<const char*, std::string> alive[] = {
-        {"int;Type;5;string;Value;abc;", "old5"},       // "Value" not first: kept
-        {"string;Value;abc;string;Other;2;", "abc0"},   // another name where "Type" stands
-        {"string;Value;abc;", "abc9"},                   // nothing to read: kept
+        {"int;Type;5;string;Value;abc;", "old5"},      // "Value" not first: kept
+        {"string;Value;abc;string;Other;2;", "abc0"},  // another name where "Type" stands
+        {"string;Value;abc;", "abc9"},                 // nothing to read: kept
     };
     for (const auto& c : alive) {
         service.Push(Action::Answer(c.first));
@@ -163,7 +165,8 @@ TEST_F(OperationsTest, ReplyDetails) {
     }
     // A reply of plans beyond the 8 KiB buffer is cut; the records that fit are read.
     std::string many = "class[];UpdatePlansList;;";
-    while (many.size() < 9000) many += "string;ProviderName;nic;string;VendorName;V;";
+    while (many.size() < 9000)
+        many += "string;ProviderName;nic;string;VendorName;V;";
     service.Push(Action::Answer(many));
     std::vector<CVELMORA_UpdatePlans> cut;
     EXPECT_EQ(som.GetUpdatePlans("C", cut), 0);
@@ -182,9 +185,12 @@ TEST_F(OperationsTest, LogsAndTheirResults) {
     EXPECT_EQ(lines.size(), 3u);  // untouched on a non-zero result
     const std::string vec =
         "std::vector<std::basic_string<char, std::char_traits<char>, std::allocator<char> >, "
-        "std::allocator<std::basic_string<char, std::char_traits<char>, std::allocator<char> > > >&";
-    EXPECT_TRUE(traces.Contains("[ENTER] HRESULT CSomIf::CollectDownloadLog(std::string, " + vec + ") app"));
-    EXPECT_TRUE(traces.Contains("[ENTER] HRESULT CSomIf::CollectResultLog(std::string, " + vec + ")"));
+        "std::allocator<std::basic_string<char, std::char_traits<char>, std::allocator<char> > > "
+        ">&";
+    EXPECT_TRUE(traces.Contains("[ENTER] HRESULT CSomIf::CollectDownloadLog(std::string, " + vec +
+                                ") app"));
+    EXPECT_TRUE(
+        traces.Contains("[ENTER] HRESULT CSomIf::CollectResultLog(std::string, " + vec + ")"));
     service.Push(Action::Fault(Action::kCloseWithoutAnswer));
     EXPECT_EQ(som.getManagerLog("CollectResultLog", "", lines), 0x80081101L);
     service.Stop();
@@ -219,8 +225,9 @@ TEST_F(OperationsTest, ProcessStatusFile) {
         EXPECT_EQ(som.GetQELStatus(status), 0);
         EXPECT_EQ(status, c.status);
         char line[160];
-        std::snprintf(line, sizeof line, "HRESULT CSomIf::GetQELStatus(LONG&) ### status=%s, result=0x%x",
-                      c.shown, static_cast<unsigned>(c.status));
+        std::snprintf(line, sizeof line,
+                      "HRESULT CSomIf::GetQELStatus(LONG&) ### status=%s, result=0x%x", c.shown,
+                      static_cast<unsigned>(c.status));
         qel_test::TraceLine found;
         ASSERT_TRUE(traces.Find(line, &found)) << line;
         EXPECT_EQ(found.level, 1);

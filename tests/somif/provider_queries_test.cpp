@@ -13,7 +13,7 @@ using qel_test::Action;
 using qel_test::FakeSomService;
 
 class ProviderQueriesTest : public ::testing::Test {
-protected:
+  protected:
     qel_test::TempSysroot root;
     FakeSomService service{root, 1};
     CSomIf som{"query"};
@@ -67,10 +67,12 @@ TEST_F(ProviderQueriesTest, ResultPaths) {
     EXPECT_EQ(som.GetProviderManageInfo("C", info), 0x80081001L);
     EXPECT_TRUE(info.DeviceInfo.empty());
     EXPECT_EQ(info.ProviderName, "kept");
-    EXPECT_TRUE(traces.Contains("[ENTER] HRESULT CSomIf::GetProviderManageInfo(std::string, "
-                                "CVelmora_DevProviderManageInfo&) C"));
-    EXPECT_TRUE(traces.Contains("[LEAVE] HRESULT CSomIf::GetProviderManageInfo(std::string, "
-                                "CVelmora_DevProviderManageInfo&), rc=-2146955263"));
+    EXPECT_TRUE(
+        traces.Contains("[ENTER] HRESULT CSomIf::GetProviderManageInfo(std::string, "
+                        "CVelmora_DevProviderManageInfo&) C"));
+    EXPECT_TRUE(
+        traces.Contains("[LEAVE] HRESULT CSomIf::GetProviderManageInfo(std::string, "
+                        "CVelmora_DevProviderManageInfo&), rc=-2146955263"));
 }
 
 TEST_F(ProviderQueriesTest, ToolProvider) {
@@ -87,8 +89,9 @@ TEST_F(ProviderQueriesTest, ReceiveWithoutARequestGivesMinusOne) {
     qel_test::TraceRecorder traces;
     CVelmora_ToolProviderManageInfo info;
     EXPECT_EQ(som.RecvProviderManageInfo(60, info), -1);
-    EXPECT_TRUE(traces.Contains("[LEAVE] int CSomIf::RecvProviderManageInfo(size_t, "
-                                "CVelmora_ToolProviderManageInfo&), rc=-1"));
+    EXPECT_TRUE(
+        traces.Contains("[LEAVE] int CSomIf::RecvProviderManageInfo(size_t, "
+                        "CVelmora_ToolProviderManageInfo&), rc=-1"));
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ using qel_test::FakeSomService;
 typedef std::vector<IWbemClassObject*> Objects;
 
 class WbemQueriesTest : public ::testing::Test {
-protected:
+  protected:
     qel_test::TempSysroot root;
     FakeSomService service{root, 1};
     CSomIf som{"wbemq"};
@@ -25,8 +25,8 @@ protected:
 };
 
 TEST_F(WbemQueriesTest, UpdatePlansDecodeIntoANewObject) {
-    service.Push(Action::Answer(
-        "class[];UpdatePlansList;;string;ProviderName;P;string;DependencyName;D;"));
+    service.Push(
+        Action::Answer("class[];UpdatePlansList;;string;ProviderName;P;string;DependencyName;D;"));
     IWbemClassObject* out = nullptr;
     EXPECT_EQ(som.GetUpdatePlans("VELMORA_UpdateManager", &in, &out), 0);
     std::unique_ptr<IWbemClassObject> owned(out);

@@ -17,12 +17,13 @@ const std::string kExecSig =
     "IWbemClassObject**, IWbemCallResult**)";
 
 class RelayTest : public ::testing::Test {
-protected:
+  protected:
     qel_test::TempSysroot root;
     FakeSomService service{root, 1};
     CSomIf som{"relay"};
 
-    HRESULT Exec(const char* cls, const char* method, IWbemClassObject* in, IWbemClassObject** out) {
+    HRESULT Exec(const char* cls, const char* method, IWbemClassObject* in,
+                 IWbemClassObject** out) {
         return som.ExecMethod(const_cast<char*>(cls), const_cast<char*>(method), 0, nullptr, in,
                               out, nullptr);
     }
@@ -60,7 +61,8 @@ TEST_F(RelayTest, ExecMethodFailures) {
     EXPECT_EQ(Exec(nullptr, "M", nullptr, &out), -1);
     EXPECT_EQ(Exec("C", nullptr, nullptr, &out), -1);
     EXPECT_EQ(out, nullptr);
-    EXPECT_EQ(traces.Texts(), (std::vector<std::string>{"[ENTER] " + kExecSig, "[ENTER] " + kExecSig}));
+    EXPECT_EQ(traces.Texts(),
+              (std::vector<std::string>{"[ENTER] " + kExecSig, "[ENTER] " + kExecSig}));
     service.Push(Action::Answer("", 0x80080005u));  // the transport family: returned
     EXPECT_EQ(Exec("C", "M", nullptr, &out), 0x80080005L);
     ASSERT_NE(out, nullptr);
@@ -115,9 +117,10 @@ TEST_F(RelayTest, EveryRelayedMethodSendsItsWireNameAndKeepsOnlyReturnValue) {
         EXPECT_EQ(traces.Texts().front(),
                   "[ENTER] " + sig + (r.traceClass ? " VELMORA_NicProvider" : ""));
         EXPECT_EQ(traces.Texts().back(), "[LEAVE] " + sig + ", rc=2");
-        EXPECT_TRUE(traces.Contains("[ENTER] int CSomIf::TransUmMessage(std::string, std::string, "
-                                    "IWbemClassObject*, IWbemClassObject**) VELMORA_NicProvider " +
-                                    std::string(r.wire)));
+        EXPECT_TRUE(
+            traces.Contains("[ENTER] int CSomIf::TransUmMessage(std::string, std::string, "
+                            "IWbemClassObject*, IWbemClassObject**) VELMORA_NicProvider " +
+                            std::string(r.wire)));
     }
 }
 

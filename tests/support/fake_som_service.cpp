@@ -24,9 +24,11 @@ bool WaitReadable(int fd, int ms) {
 bool ReadExactly(int fd, std::string& out, std::size_t size) {
     char chunk[65536];
     while (size > 0) {
-        if (!WaitReadable(fd, kIoWaitMs)) return false;
+        if (!WaitReadable(fd, kIoWaitMs))
+            return false;
         ssize_t n = read(fd, chunk, size < sizeof chunk ? size : sizeof chunk);
-        if (n <= 0) return false;
+        if (n <= 0)
+            return false;
         out.append(chunk, static_cast<std::size_t>(n));
         size -= static_cast<std::size_t>(n);
     }
@@ -37,24 +39,27 @@ void WriteAll(int fd, const std::string& data) {
     std::size_t done = 0;
     while (done < data.size()) {
         ssize_t n = send(fd, data.data() + done, data.size() - done, MSG_NOSIGNAL);
-        if (n <= 0) return;
+        if (n <= 0)
+            return;
         done += static_cast<std::size_t>(n);
     }
 }
 
 // Parses "<len 8><magic 8><class>/<method><result 8><bodylen 8>".
 bool ReadRequest(int fd, Request& request) {
-    if (!ReadExactly(fd, request.bytes, 8)) return false;
+    if (!ReadExactly(fd, request.bytes, 8))
+        return false;
     long headerLength = std::strtol(request.bytes.c_str(), nullptr, 10);
-    if (headerLength < 33 || headerLength > 4096) return false;
-    if (!ReadExactly(fd, request.bytes, static_cast<std::size_t>(headerLength) - 8)) return false;
+    if (headerLength < 33 || headerLength > 4096)
+        return false;
+    if (!ReadExactly(fd, request.bytes, static_cast<std::size_t>(headerLength) - 8))
+        return false;
     std::string names = request.bytes.substr(16, static_cast<std::size_t>(headerLength) - 32);
     std::string::size_type slash = names.find('/');
     request.className = names.substr(0, slash);
     request.method = slash == std::string::npos ? std::string() : names.substr(slash + 1);
-    long bodyLength =
-        std::strtol(request.bytes.substr(static_cast<std::size_t>(headerLength) - 8).c_str(),
-                    nullptr, 10);
+    long bodyLength = std::strtol(
+        request.bytes.substr(static_cast<std::size_t>(headerLength) - 8).c_str(), nullptr, 10);
     std::string body;
     if (bodyLength > 0 && !ReadExactly(fd, body, static_cast<std::size_t>(bodyLength))) {
         request.bytes += body;
@@ -125,8 +130,10 @@ FakeSomService::FakeSomService(const TempSysroot& root, int timeoutSeconds)
 
 FakeSomService::~FakeSomService() {
     Stop();
-    if (wakePipe_[0] >= 0) close(wakePipe_[0]);
-    if (wakePipe_[1] >= 0) close(wakePipe_[1]);
+    if (wakePipe_[0] >= 0)
+        close(wakePipe_[0]);
+    if (wakePipe_[1] >= 0)
+        close(wakePipe_[1]);
 }
 
 void FakeSomService::Stop() {
@@ -142,7 +149,8 @@ void FakeSomService::Stop() {
 }
 
 void FakeSomService::WaitForIdle() const {
-    for (int i = 0; i < 1000 && closed_.load() != accepted_.load(); ++i) usleep(10000);
+    for (int i = 0; i < 1000 && closed_.load() != accepted_.load(); ++i)
+        usleep(10000);
 }
 
 void FakeSomService::Push(Action action) {
@@ -168,10 +176,13 @@ std::size_t FakeSomService::RequestCount() const {
 void FakeSomService::Serve() {
     for (;;) {
         struct pollfd fds[2] = {{listenFd_, POLLIN, 0}, {wakePipe_[0], POLLIN, 0}};
-        if (poll(fds, 2, -1) < 0) continue;
-        if (fds[1].revents != 0) return;
+        if (poll(fds, 2, -1) < 0)
+            continue;
+        if (fds[1].revents != 0)
+            return;
         int fd = accept4(listenFd_, nullptr, nullptr, SOCK_CLOEXEC);
-        if (fd < 0) continue;
+        if (fd < 0)
+            continue;
         ++accepted_;
         Handle(fd);
         close(fd);
@@ -188,14 +199,16 @@ void FakeSomService::Handle(int fd) {
             script_.pop_front();
         }
     }
-    if (action.kind == Action::kCloseBeforeRequest) return;
+    if (action.kind == Action::kCloseBeforeRequest)
+        return;
     Request request;
     bool whole = ReadRequest(fd, request);
     {
         std::lock_guard<std::mutex> lock(mutex_);
         requests_.push_back(request);
     }
-    if (!whole) return;
+    if (!whole)
+        return;
     const std::string reply =
         ReplyText(request.className, request.method, action.resultField, action.body);
     switch (action.kind) {
@@ -218,9 +231,11 @@ void FakeSomService::Handle(int fd) {
             // Hold the connection until the client closes it or the test ends.
             struct pollfd fds[2] = {{fd, POLLIN, 0}, {wakePipe_[0], POLLIN, 0}};
             while (poll(fds, 2, -1) > 0) {
-                if (fds[1].revents != 0) return;
+                if (fds[1].revents != 0)
+                    return;
                 char byte;
-                if (read(fd, &byte, 1) <= 0) return;
+                if (read(fd, &byte, 1) <= 0)
+                    return;
             }
             break;
         }

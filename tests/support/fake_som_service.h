@@ -29,12 +29,12 @@ struct Request {
 
 struct Action {
     enum Kind {
-        kAnswer,               // a reply with the request's class and method
-        kRaw,                  // these bytes exactly, then close
-        kCloseWithoutAnswer,   // read the request, close
-        kCloseAfterHalfHeader, // half of a proper reply header, then close
-        kNeverAnswer,          // keep the connection until the client gives up
-        kCloseBeforeRequest,   // accept and close at once
+        kAnswer,                // a reply with the request's class and method
+        kRaw,                   // these bytes exactly, then close
+        kCloseWithoutAnswer,    // read the request, close
+        kCloseAfterHalfHeader,  // half of a proper reply header, then close
+        kNeverAnswer,           // keep the connection until the client gives up
+        kCloseBeforeRequest,    // accept and close at once
     };
     Kind kind = kAnswer;
     std::string resultField = "00000000";  // 8 characters in a reply header
@@ -51,7 +51,7 @@ struct Action {
 };
 
 class FakeSomService {
-public:
+  public:
     // Listens at <root>/som.sock and writes /opt/velmora/qel/som/socket.conf.
     explicit FakeSomService(const TempSysroot& root, int timeoutSeconds = 5);
     ~FakeSomService();
@@ -76,7 +76,7 @@ public:
     static std::string ReplyText(const std::string& className, const std::string& method,
                                  const std::string& resultField, const std::string& body);
 
-private:
+  private:
     void Serve();
     void Handle(int fd);
 

@@ -24,8 +24,8 @@ inline CVelmora_ToolProviderManageInfo SampleToolProvider() {
 }
 
 inline CVelmora_DependencyInfo SampleDependency(const std::string& tag) {
-    CVelmora_DependencyInfo d = SampleDevProvider().DeviceInfo[0].ModuleInfo[0].RepositoryInfo[0]
-                                    .DependencyInfoSelf[0];
+    CVelmora_DependencyInfo d =
+        SampleDevProvider().DeviceInfo[0].ModuleInfo[0].RepositoryInfo[0].DependencyInfoSelf[0];
     d.ProviderName = "dep-provider-" + tag;
     d.UniqueName = "dep-" + tag;
     d.ModuleName = "dep-module-" + tag;

@@ -13,12 +13,14 @@ namespace qel_test {
 SomdProcess::SomdProcess(const TempSysroot& root, int workMs) : root_(root), workMs_(workMs) {
     const std::string command =
         std::string("bash ") + QEL_SOURCE_DIR + "/scripts/make-sandbox.sh " + root.root();
-    if (std::system(command.c_str()) != 0) throw std::runtime_error("make-sandbox failed");
+    if (std::system(command.c_str()) != 0)
+        throw std::runtime_error("make-sandbox failed");
     Start();
 }
 
 SomdProcess::~SomdProcess() {
-    if (pid_ > 0) Stop();
+    if (pid_ > 0)
+        Stop();
 }
 
 std::string SomdProcess::StatePath() const {
@@ -35,11 +37,13 @@ void SomdProcess::Start() {
         _exit(127);
     }
     struct stat info;
-    for (int i = 0; i < 200 && stat(socket.c_str(), &info) != 0; ++i) usleep(20000);
+    for (int i = 0; i < 200 && stat(socket.c_str(), &info) != 0; ++i)
+        usleep(20000);
 }
 
 int SomdProcess::Stop() {
-    if (pid_ <= 0) return -1;
+    if (pid_ <= 0)
+        return -1;
     kill(pid_, SIGTERM);
     int status = 0;
     waitpid(pid_, &status, 0);
@@ -48,7 +52,8 @@ int SomdProcess::Stop() {
 }
 
 void SomdProcess::Kill() {
-    if (pid_ <= 0) return;
+    if (pid_ <= 0)
+        return;
     kill(pid_, SIGKILL);
     waitpid(pid_, nullptr, 0);
     pid_ = -1;

@@ -11,7 +11,7 @@
 namespace qel_test {
 
 class SomdProcess {
-public:
+  public:
     // Lays out the default scenario under `root` (QEL_SYSROOT) and starts
     // somd with `workMs` per bulk run.
     explicit SomdProcess(const TempSysroot& root, int workMs = 200);
@@ -27,7 +27,7 @@ public:
     bool running() const { return pid_ > 0; }
     std::string StatePath() const;
 
-private:
+  private:
     const TempSysroot& root_;
     int workMs_;
     pid_t pid_ = -1;

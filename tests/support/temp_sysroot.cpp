@@ -28,7 +28,8 @@ void RemoveTree(const std::string& path) {
 int OpenDescriptorCount() {
     int count = 0;
     if (DIR* dir = opendir("/proc/self/fd")) {
-        while (readdir(dir) != nullptr) ++count;
+        while (readdir(dir) != nullptr)
+            ++count;
         closedir(dir);
     }
     return count - 3;  // ".", ".." and the directory's own descriptor
@@ -37,7 +38,8 @@ int OpenDescriptorCount() {
 TempSysroot::TempSysroot() {
     const char* tmp = std::getenv("TMPDIR");
     std::string pattern = std::string(tmp != nullptr && *tmp ? tmp : "/tmp") + "/qelsomif.XXXXXX";
-    if (mkdtemp(&pattern[0]) == nullptr) throw std::runtime_error("mkdtemp failed");
+    if (mkdtemp(&pattern[0]) == nullptr)
+        throw std::runtime_error("mkdtemp failed");
     root_ = pattern;
     if (const char* previous = std::getenv("QEL_SYSROOT")) {
         hadPrevious_ = true;

@@ -9,7 +9,7 @@
 namespace qel_test {
 
 class TempSysroot {
-public:
+  public:
     TempSysroot();
     ~TempSysroot();
     TempSysroot(const TempSysroot&) = delete;
@@ -23,7 +23,7 @@ public:
                    unsigned mode = 0644) const;
     void RemoveFile(const std::string& suitePath) const;
 
-private:
+  private:
     std::string root_;
     std::string previous_;
     bool hadPrevious_ = false;

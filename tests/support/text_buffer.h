@@ -10,7 +10,7 @@
 namespace qel_test {
 
 class TextBuffer {
-public:
+  public:
     explicit TextBuffer(const std::string& text) : data_(new char[text.size() + 1]) {
         std::memcpy(data_.get(), text.c_str(), text.size() + 1);
         size_ = text.size();
@@ -18,9 +18,11 @@ public:
     char* get() { return data_.get(); }
     char* at(std::size_t offset) { return data_.get() + offset; }
     char* end() { return data_.get() + size_; }
-    std::size_t offsetOf(const char* pos) const { return static_cast<std::size_t>(pos - data_.get()); }
+    std::size_t offsetOf(const char* pos) const {
+        return static_cast<std::size_t>(pos - data_.get());
+    }
 
-private:
+  private:
     std::unique_ptr<char[]> data_;
     std::size_t size_;
 };

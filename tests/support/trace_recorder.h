@@ -17,12 +17,13 @@ struct TraceLine {
 };
 
 class TraceRecorder {
-public:
+  public:
     TraceRecorder() {
-        CTraceUtility::SetSink([this](const std::string& source, int level, const std::string& text) {
-            std::lock_guard<std::mutex> lock(mutex_);
-            lines_.push_back(TraceLine{source, level, text});
-        });
+        CTraceUtility::SetSink(
+            [this](const std::string& source, int level, const std::string& text) {
+                std::lock_guard<std::mutex> lock(mutex_);
+                lines_.push_back(TraceLine{source, level, text});
+            });
     }
     ~TraceRecorder() { CTraceUtility::SetSink(nullptr); }
 
@@ -32,12 +33,14 @@ public:
     }
     std::vector<std::string> Texts() const {
         std::vector<std::string> texts;
-        for (const TraceLine& line : Lines()) texts.push_back(line.text);
+        for (const TraceLine& line : Lines())
+            texts.push_back(line.text);
         return texts;
     }
     bool Contains(const std::string& text) const {
         for (const TraceLine& line : Lines()) {
-            if (line.text == text) return true;
+            if (line.text == text)
+                return true;
         }
         return false;
     }
@@ -56,7 +59,7 @@ public:
         lines_.clear();
     }
 
-private:
+  private:
     mutable std::mutex mutex_;
     std::vector<TraceLine> lines_;
 };

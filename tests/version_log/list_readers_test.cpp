@@ -31,8 +31,9 @@ TEST(ListReadersTest, PlansReadEveryFieldAndSkipMissingOnesInPlace) {
     EXPECT_EQ(plans[0].UpdateJudgment, -2);
     EXPECT_EQ(plans[1].UpdatePriority, 0);  // missing: 0, and the later fields still read
     EXPECT_EQ(plans[1].CurrentVendorVersion + plans[1].DisplayName, "1.0NIC firmware");
-    TextBuffer versions("string;QelVersionInfoList;;string;GroupName;core;string;FileVersion;2.0;"
-                        "string;GroupName;ui;string;FileName;ui.so;string;FileVersion;2.1;");
+    TextBuffer versions(
+        "string;QelVersionInfoList;;string;GroupName;core;string;FileVersion;2.0;"
+        "string;GroupName;ui;string;FileName;ui.so;string;FileVersion;2.1;");
     std::vector<CVELMORA_QelVersionInfo> list;
     codec.toObject(versions.get(), list);
     ASSERT_EQ(list.size(), 2u);
@@ -42,9 +43,9 @@ TEST(ListReadersTest, PlansReadEveryFieldAndSkipMissingOnesInPlace) {
 TEST(ListReadersTest, ListBoundaries) {
     const std::pair<std::string, std::size_t> cases[] = {
         {"string;VersionUpdateLogList;;", 0},
-        {kLog + kLog, 2},                                       // no header
-        {kLog + "string;ProviderNameX;n;" + kLog, 1},           // first field renamed ends it
-        {kLog + kLog.substr(0, 60), 2},                         // a cut record still counts
+        {kLog + kLog, 2},                              // no header
+        {kLog + "string;ProviderNameX;n;" + kLog, 1},  // first field renamed ends it
+        {kLog + kLog.substr(0, 60), 2},                // a cut record still counts
         {"", 0},
         {"garbage", 0},
     };

@@ -10,7 +10,8 @@ namespace somctl {
 
 void Table::Print(std::ostream& out) const {
     std::vector<std::size_t> widths(headers_.size(), 0);
-    for (std::size_t c = 0; c < headers_.size(); ++c) widths[c] = headers_[c].size();
+    for (std::size_t c = 0; c < headers_.size(); ++c)
+        widths[c] = headers_[c].size();
     for (const auto& row : rows_) {
         for (std::size_t c = 0; c < row.size() && c < widths.size(); ++c) {
             widths[c] = std::max(widths[c], row[c].size());
@@ -21,13 +22,16 @@ void Table::Print(std::ostream& out) const {
         for (std::size_t c = 0; c < widths.size(); ++c) {
             const std::string cell = c < cells.size() ? cells[c] : "";
             text += cell;
-            if (c + 1 < widths.size()) text += std::string(widths[c] - cell.size() + 2, ' ');
+            if (c + 1 < widths.size())
+                text += std::string(widths[c] - cell.size() + 2, ' ');
         }
-        while (!text.empty() && text.back() == ' ') text.pop_back();
+        while (!text.empty() && text.back() == ' ')
+            text.pop_back();
         out << text << "\n";
     };
     line(headers_);
-    for (const auto& row : rows_) line(row);
+    for (const auto& row : rows_)
+        line(row);
 }
 
 void Output::Print(const Table& table, const char* empty) {
@@ -48,7 +52,8 @@ void Output::Message(const std::string& text) {
 
 int Output::Result(const std::string& operation, HRESULT rc) {
     const uint32_t code = static_cast<uint32_t>(rc);
-    if (code == 0) return kOk;
+    if (code == 0)
+        return kOk;
     int exitCode = kServiceError;
     std::string message;
     if (code == 0x80081001u) {
@@ -79,6 +84,8 @@ int Output::Usage(const std::string& text) {
     return kUsage;
 }
 
-std::string Masked(const std::string& secret) { return secret.empty() ? "" : "********"; }
+std::string Masked(const std::string& secret) {
+    return secret.empty() ? "" : "********";
+}
 
 }  // namespace somctl

@@ -13,20 +13,20 @@
 namespace somctl {
 
 class Table {
-public:
+  public:
     explicit Table(std::vector<std::string> headers) : headers_(std::move(headers)) {}
     void Row(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
     bool empty() const { return rows_.empty(); }
     void Print(std::ostream& out) const;
 
-private:
+  private:
     std::vector<std::string> headers_;
     std::vector<std::vector<std::string>> rows_;
 };
 
 // Where a command's result goes.
 class Output {
-public:
+  public:
     Output(std::ostream& out, std::ostream& err, bool json) : out_(out), err_(err), json_(json) {}
     bool json() const { return json_; }
     std::ostream& out() { return out_; }
@@ -38,7 +38,7 @@ public:
     int Result(const std::string& operation, HRESULT rc);
     int Usage(const std::string& text);
 
-private:
+  private:
     std::ostream& out_;
     std::ostream& err_;
     bool json_;

@@ -33,10 +33,11 @@ struct Context {
 
 // A spinner on standard error while a long call waits; only on a terminal.
 class Spinner {
-public:
+  public:
     explicit Spinner(const std::string& what, bool enabled)
         : enabled_(enabled && isatty(STDERR_FILENO)) {
-        if (!enabled_) return;
+        if (!enabled_)
+            return;
         thread_ = std::thread([this, what] {
             const char frames[] = "|/-\\";
             for (int i = 0; !stop_.load(); ++i) {
@@ -49,12 +50,13 @@ public:
         });
     }
     ~Spinner() {
-        if (!enabled_) return;
+        if (!enabled_)
+            return;
         stop_ = true;
         thread_.join();
     }
 
-private:
+  private:
     bool enabled_;
     std::atomic<bool> stop_{false};
     std::thread thread_;
@@ -112,7 +114,7 @@ void PrintFields(Output& output, const nlohmann::json& doc) {
 int Status(Context& c, const Args&) {
     LONG status = 0;
     c.som.GetQELStatus(status);
-    const char* text = status == 0x8003 ? "downloading"
+    const char* text = status == 0x8003   ? "downloading"
                        : status == 0x8002 ? "rolling back"
                        : status == 0x8001 ? "updating"
                                           : "idle";
@@ -126,13 +128,15 @@ int Status(Context& c, const Args&) {
 
 int Versions(Context& c, const Args&) {
     std::vector<CVELMORA_QelVersionInfo> versions;
-    if (int rc = c.output.Result("versions", c.som.CollectQelVersion(versions))) return rc;
+    if (int rc = c.output.Result("versions", c.som.CollectQelVersion(versions)))
+        return rc;
     if (c.output.json()) {
         c.output.Json({{"ok", true}, {"versions", versions}});
         return kOk;
     }
     Table table({"GROUP", "FILE", "VERSION"});
-    for (const auto& v : versions) table.Row({v.GroupName, v.FileName, v.FileVersion});
+    for (const auto& v : versions)
+        table.Row({v.GroupName, v.FileName, v.FileVersion});
     c.output.Print(table, "no versions reported");
     return kOk;
 }
@@ -141,7 +145,8 @@ int Log(Context& c, const Args& args) {
     const std::string which = args.size() > 1 ? args[1] : "";
     if (which == "updates") {
         std::vector<CVELMORA_VersionUpdateLog> logs;
-        if (int rc = c.output.Result("log updates", c.som.CollectVersionUpLog(logs))) return rc;
+        if (int rc = c.output.Result("log updates", c.som.CollectVersionUpLog(logs)))
+            return rc;
         if (c.output.json()) {
             c.output.Json({{"ok", true}, {"updates", logs}});
             return kOk;
@@ -160,13 +165,15 @@ int Log(Context& c, const Args& args) {
     std::vector<std::string> lines;
     HRESULT rc = which == "download" ? c.som.CollectDownloadLog(c.appKey, lines)
                                      : c.som.CollectResultLog(c.appKey, lines);
-    if (int exit = c.output.Result("log " + which, rc)) return exit;
+    if (int exit = c.output.Result("log " + which, rc))
+        return exit;
     if (c.output.json()) {
         c.output.Json({{"ok", true}, {"lines", lines}});
     } else if (lines.empty()) {
         c.output.out() << "the " << which << " log is empty\n";
     } else {
-        for (const std::string& line : lines) c.output.out() << line << "\n";
+        for (const std::string& line : lines)
+            c.output.out() << line << "\n";
     }
     return kOk;
 }
@@ -214,7 +221,8 @@ int DownloadSetting(Context& c, const Args& args) {
             const std::string name = args[i].substr(0, args[i].find('='));
             bool ok = scheduleDoc.contains(name) ? ApplyAssignments(schedule, one, 0, error)
                                                  : ApplyAssignments(setting, one, 0, error);
-            if (!ok) return c.output.Usage(error);
+            if (!ok)
+                return c.output.Usage(error);
         }
         if (int rc = c.output.Result("download-setting set",
                                      c.som.SetAutoDownloadSetting(setting, schedule))) {
@@ -240,7 +248,8 @@ int UpdateSetting(Context& c, const Args& args) {
     }
     if (args.size() > 1 && args[1] == "set") {
         std::string error;
-        if (!ApplyAssignments(schedule, args, 2, error)) return c.output.Usage(error);
+        if (!ApplyAssignments(schedule, args, 2, error))
+            return c.output.Usage(error);
         if (int rc = c.output.Result("update-setting set", c.som.SetAutoUpdateSetting(schedule))) {
             return rc;
         }
@@ -262,8 +271,10 @@ int Priority(Context& c, const Args& args) {
     CVelmora_PriorityUpdateParam param;
     param.AppKey = c.appKey;
     std::string error;
-    if (!ApplyAssignments(param, args, 3, error)) return c.output.Usage(error);
-    if (int rc = c.output.Result("priority set", c.som.SetUpdatePriority(args[2], param))) return rc;
+    if (!ApplyAssignments(param, args, 3, error))
+        return c.output.Usage(error);
+    if (int rc = c.output.Result("priority set", c.som.SetUpdatePriority(args[2], param)))
+        return rc;
     c.output.Message("priority saved");
     return kOk;
 }
@@ -276,7 +287,8 @@ int Authority(Context& c, const Args& args) {
     const bool take = args[1] == "take";
     HRESULT rc = take ? c.som.GetOperatingAuthority(className, c.appKey)
                       : c.som.ReleaseOperatingAuthority(className, c.appKey);
-    if (int exit = c.output.Result("authority " + args[1], rc)) return exit;
+    if (int exit = c.output.Result("authority " + args[1], rc))
+        return exit;
     c.output.Message(std::string("operating authority ") + (take ? "held by " : "released by ") +
                      c.appKey);
     return kOk;
@@ -292,7 +304,8 @@ int Bulk(Context& c, const Args& args) {
             CVELMORA_DownloadSetting setting;
             CVELMORA_DownloadSchedule schedule;
             rc = c.som.GetAutoDownloadSetting(setting, schedule);
-            if (static_cast<uint32_t>(rc) == 0) rc = c.som.DownloadAll(setting);
+            if (static_cast<uint32_t>(rc) == 0)
+                rc = c.som.DownloadAll(setting);
         } else if (what == "update") {
             rc = c.som.UpdateAll(reboot);
         } else if (what == "rollback") {
@@ -301,14 +314,16 @@ int Bulk(Context& c, const Args& args) {
             rc = c.som.ExecuteReboot();
         }
     }
-    if (int exit = c.output.Result(what, rc)) return exit;
+    if (int exit = c.output.Result(what, rc))
+        return exit;
     if (c.output.json()) {
         c.output.Json({{"ok", true}, {"operation", what}, {"rebootKind", reboot}});
     } else if (what == "reboot") {
         c.output.out() << "reboot requested\n";
     } else {
         c.output.out() << what << " finished";
-        if (reboot != 0) c.output.out() << "; a reboot is needed (kind " << reboot << ")";
+        if (reboot != 0)
+            c.output.out() << "; a reboot is needed (kind " << reboot << ")";
         c.output.out() << "\n";
     }
     return kOk;
@@ -324,7 +339,8 @@ int PrintProvider(Context& c, const Info& info, const std::vector<Item>& items, 
     c.output.out() << info.ProviderName << " " << info.ProviderVersion << " ("
                    << info.ProviderVendorName << ")\n";
     for (const Item& item : items) {
-        for (const auto& module : item.ModuleInfo) table.Row(row(item, module));
+        for (const auto& module : item.ModuleInfo)
+            table.Row(row(item, module));
     }
     c.output.Print(table, "no devices or tools reported");
     return kOk;
@@ -339,17 +355,22 @@ int Providers(Context& c, const Args& args) {
         if (int rc = c.output.Result("providers", c.som.GetProviderManageInfo(args[2], info))) {
             return rc;
         }
-        return PrintProvider(c, info, info.DeviceInfo,
-                             Table({"DEVICE", "ID", "NAME", "VENDOR", "MODULE", "KIND", "PACKAGES"}),
-                             [](const CVelmora_DeviceInfo& d, const CVelmora_ManageModuleInfo& m) {
-                                 return std::vector<std::string>{
-                                     d.UniqueName, d.DeviceId, d.DeviceName, d.DeviceVendorName,
-                                     m.ModuleName, m.ModuleKind,
-                                     std::to_string(m.RepositoryInfo.size())};
-                             });
+        return PrintProvider(
+            c, info, info.DeviceInfo,
+            Table({"DEVICE", "ID", "NAME", "VENDOR", "MODULE", "KIND", "PACKAGES"}),
+            [](const CVelmora_DeviceInfo& d, const CVelmora_ManageModuleInfo& m) {
+                return std::vector<std::string>{d.UniqueName,
+                                                d.DeviceId,
+                                                d.DeviceName,
+                                                d.DeviceVendorName,
+                                                m.ModuleName,
+                                                m.ModuleKind,
+                                                std::to_string(m.RepositoryInfo.size())};
+            });
     }
     CVelmora_ToolProviderManageInfo info;
-    if (int rc = c.output.Result("providers", c.som.GetProviderManageInfo(args[2], info))) return rc;
+    if (int rc = c.output.Result("providers", c.som.GetProviderManageInfo(args[2], info)))
+        return rc;
     return PrintProvider(c, info, info.ToolInfo, Table({"TOOL", "MODULE", "KIND", "PACKAGES"}),
                          [](const CVelmora_ToolInfo& t, const CVelmora_ManageModuleInfo& m) {
                              return std::vector<std::string>{
@@ -374,10 +395,11 @@ int Services(Context& c, const Args& args) {
         nlohmann::json doc = nlohmann::json::array();
         Table table({"SERVICE", "CLASS", "ALIVE"});
         for (const CMofContents& instance : MofInstances()) {
-            if (instance.Kind != 1) continue;
+            if (instance.Kind != 1)
+                continue;
             const bool alive = c.som.isDeviceAlive(instance);
-            doc.push_back({{"service", instance.Name}, {"class", instance.ClassName},
-                           {"alive", alive}});
+            doc.push_back(
+                {{"service", instance.Name}, {"class", instance.ClassName}, {"alive", alive}});
             table.Row({instance.Name, instance.ClassName, alive ? "yes" : "no"});
         }
         if (c.output.json()) {
@@ -395,12 +417,14 @@ int Services(Context& c, const Args& args) {
     }
     if (c.output.json()) {
         nlohmann::json doc = nlohmann::json::array();
-        for (const auto& s : services) doc.push_back({{"service", s.first}, {"class", s.second}});
+        for (const auto& s : services)
+            doc.push_back({{"service", s.first}, {"class", s.second}});
         c.output.Json({{"ok", true}, {"services", doc}});
         return kOk;
     }
     Table table({"SERVICE", "CLASS"});
-    for (const auto& s : services) table.Row({s.first, s.second});
+    for (const auto& s : services)
+        table.Row({s.first, s.second});
     c.output.Print(table, "no services registered");
     return kOk;
 }
@@ -435,18 +459,22 @@ int Monitor(Context& c, const Args& args) {
     } else {
         return c.output.Usage("usage: monitor get NAME | set NAME VALUE | clear | reload");
     }
-    if (int exit = c.output.Result("monitor " + verb, rc)) return exit;
+    if (int exit = c.output.Result("monitor " + verb, rc))
+        return exit;
     c.output.Message(done);
     return kOk;
 }
 
 int Name(Context& c, const Args& args) {
-    if (args.size() != 2) return c.output.Usage("usage: name DEVICE-ID");
+    if (args.size() != 2)
+        return c.output.Usage("usage: name DEVICE-ID");
     CVelmora_DeviceInfo device;
     device.DeviceId = args[1];
     c.som.GetDeviceName(device);
     if (c.output.json()) {
-        c.output.Json({{"ok", true}, {"id", device.DeviceId}, {"name", device.DeviceName},
+        c.output.Json({{"ok", true},
+                       {"id", device.DeviceId},
+                       {"name", device.DeviceName},
                        {"vendor", device.DeviceVendorName}});
     } else if (device.DeviceName.empty() && device.DeviceVendorName.empty()) {
         c.output.out() << args[1] << ": not in the PCI ID database\n";
@@ -458,11 +486,13 @@ int Name(Context& c, const Args& args) {
 }
 
 int Exec(Context& c, const Args& args) {
-    if (args.size() < 3) return c.output.Usage("usage: exec CLASS METHOD [name=value...]");
+    if (args.size() < 3)
+        return c.output.Usage("usage: exec CLASS METHOD [name=value...]");
     IWbemClassObject in;
     for (std::size_t i = 3; i < args.size(); ++i) {
         const std::string::size_type eq = args[i].find('=');
-        if (eq == std::string::npos) return c.output.Usage("'" + args[i] + "' is not name=value");
+        if (eq == std::string::npos)
+            return c.output.Usage("'" + args[i] + "' is not name=value");
         in.push(args[i].substr(0, eq), args[i].substr(eq + 1));
     }
     IWbemClassObject* out = nullptr;
@@ -472,7 +502,8 @@ int Exec(Context& c, const Args& args) {
     method.push_back('\0');
     HRESULT rc = c.som.ExecMethod(className.data(), method.data(), 0, nullptr, &in, &out, nullptr);
     std::unique_ptr<IWbemClassObject> owned(out);
-    if (int exit = c.output.Result("exec " + args[2], rc)) return exit;
+    if (int exit = c.output.Result("exec " + args[2], rc))
+        return exit;
     nlohmann::json doc = nlohmann::json::object();
     for (const auto& entry : *out) {
         const boost::any& value = entry.second;
@@ -509,7 +540,8 @@ const Command kCommands[] = {
     {"versions", "versions                     installed versions", Versions},
     {"log", "log download|result|updates  the service's logs", Log},
     {"plans", "plans [--rollback] [CLASS]   pending updates (or rollbacks)", Plans},
-    {"download-setting", "download-setting [set NAME=VALUE...]  automatic download", DownloadSetting},
+    {"download-setting", "download-setting [set NAME=VALUE...]  automatic download",
+     DownloadSetting},
     {"update-setting", "update-setting [set NAME=VALUE...]    automatic update", UpdateSetting},
     {"priority", "priority set CLASS NAME=VALUE...        update priority of a module", Priority},
     {"authority", "authority take|release [CLASS]  operating authority", Authority},
@@ -527,7 +559,8 @@ const Command kCommands[] = {
 void Help(std::ostream& out) {
     out << "usage: somctl [--json] [--app-key KEY] COMMAND [ARGS]\n\n"
            "Operates the SOM service through libqel_SomIf.\n\ncommands:\n";
-    for (const Command& command : kCommands) out << "  " << command.synopsis << "\n";
+    for (const Command& command : kCommands)
+        out << "  " << command.synopsis << "\n";
     out << "\nexit codes: 0 ok, 2 usage, 3 service not reachable, 4 no reply, 5 service error\n";
 }
 
@@ -552,7 +585,8 @@ int RunSomctl(const std::vector<std::string>& allArgs, std::ostream& out, std::o
         return args.empty() ? kUsage : kOk;
     }
     for (const Command& command : kCommands) {
-        if (args[0] != command.name) continue;
+        if (args[0] != command.name)
+            continue;
         if (args.size() > 1 && (args[1] == "--help" || args[1] == "-h")) {
             out << "usage: somctl " << command.synopsis << "\n";
             return kOk;

@@ -13,10 +13,10 @@ namespace somctl {
 // Exit codes, one per kind of failure.
 enum ExitCode {
     kOk = 0,
-    kUsage = 2,           // unknown command or bad arguments
-    kUnreachable = 3,     // the request could not be sent (service not running)
-    kNoReply = 4,         // the service took the request but did not answer
-    kServiceError = 5,    // the service answered with an error code
+    kUsage = 2,         // unknown command or bad arguments
+    kUnreachable = 3,   // the request could not be sent (service not running)
+    kNoReply = 4,       // the service took the request but did not answer
+    kServiceError = 5,  // the service answered with an error code
 };
 
 int RunSomctl(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);

@@ -76,10 +76,12 @@ int Listen(const std::string& path) {
     struct sockaddr_un addr;
     std::memset(&addr, 0, sizeof addr);
     addr.sun_family = AF_UNIX;
-    if (path.size() >= sizeof addr.sun_path) return -1;
+    if (path.size() >= sizeof addr.sun_path)
+        return -1;
     std::memcpy(addr.sun_path, path.data(), path.size());
     int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (fd < 0) return -1;
+    if (fd < 0)
+        return -1;
     unlink(path.c_str());
     if (bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0 ||
         chmod(path.c_str(), 0660) != 0 || listen(fd, 128) != 0) {
@@ -131,13 +133,15 @@ int main(int argc, char** argv) {
     std::unique_ptr<somd::SomService> service;
     try {
         somd::Scenario scenario = somd::LoadScenario(options.scenario);
-        if (options.workMs >= 0) scenario.workMilliseconds = options.workMs;
+        if (options.workMs >= 0)
+            scenario.workMilliseconds = options.workMs;
         service.reset(new somd::SomService(std::move(scenario), options.state));
     } catch (const std::exception& e) {
         std::cerr << "somd: " << e.what() << "\n";
         return 1;
     }
-    if (pipe2(g_stopPipe, O_CLOEXEC) != 0) return 1;
+    if (pipe2(g_stopPipe, O_CLOEXEC) != 0)
+        return 1;
     struct sigaction stop = {};
     stop.sa_handler = OnStopSignal;
     sigaction(SIGTERM, &stop, nullptr);
@@ -146,7 +150,8 @@ int main(int argc, char** argv) {
 
     const int listener = Listen(socketPath);
     if (listener < 0) {
-        std::cerr << "somd: cannot listen on " << socketPath << ": " << std::strerror(errno) << "\n";
+        std::cerr << "somd: cannot listen on " << socketPath << ": " << std::strerror(errno)
+                  << "\n";
         return 1;
     }
     std::cerr << "somd: listening on " << socketPath << "\n";
@@ -155,12 +160,15 @@ int main(int argc, char** argv) {
     for (;;) {
         struct pollfd fds[2] = {{listener, POLLIN, 0}, {g_stopPipe[0], POLLIN, 0}};
         if (poll(fds, 2, -1) < 0) {
-            if (errno == EINTR) continue;
+            if (errno == EINTR)
+                continue;
             break;
         }
-        if (fds[1].revents != 0) break;
+        if (fds[1].revents != 0)
+            break;
         int fd = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-        if (fd < 0) continue;
+        if (fd < 0)
+            continue;
         ++active;
         std::thread([&service, &active, fd] {
             Serve(*service, fd);

@@ -11,7 +11,8 @@ namespace {
 // The parsed file, or null JSON when the file does not exist.
 nlohmann::json ReadJson(const std::string& path) {
     std::ifstream in(path);
-    if (!in) return nlohmann::json();
+    if (!in)
+        return nlohmann::json();
     try {
         return nlohmann::json::parse(in);
     } catch (const nlohmann::json::exception& e) {
@@ -32,9 +33,11 @@ Scenario LoadScenario(const std::string& folder) {
             providers.at("ToolProviders").get_to(scenario.toolProviders);
         }
         const nlohmann::json plans = ReadJson(folder + "/plans.json");
-        if (plans.is_array()) plans.get_to(scenario.plans);
+        if (plans.is_array())
+            plans.get_to(scenario.plans);
         const nlohmann::json versions = ReadJson(folder + "/versions.json");
-        if (versions.is_array()) versions.get_to(scenario.versions);
+        if (versions.is_array())
+            versions.get_to(scenario.versions);
         const nlohmann::json alive = ReadJson(folder + "/alive.json");
         if (alive.is_object()) {
             for (const auto& item : alive.items()) {

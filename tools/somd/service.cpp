@@ -43,7 +43,9 @@ std::string Param(const std::string& body, const char* name) {
     return value;
 }
 
-bool IsTrue(const std::string& value) { return value == "1" || value == qel::item::kTrue; }
+bool IsTrue(const std::string& value) {
+    return value == "1" || value == qel::item::kTrue;
+}
 
 std::string Now() {
     std::time_t now = std::time(nullptr);
@@ -61,13 +63,15 @@ std::string ListBody(const char* header, const std::vector<Record>& records) {
     qel::item::AppendItem(out, qel::item::kTagClassArray, header, "");
     IWbemClassObject target;
     qel::ItemWriter writer(target, out);
-    for (const Record& record : records) qel::VisitFields(record, writer);
+    for (const Record& record : records)
+        qel::VisitFields(record, writer);
     return out;
 }
 
 std::string LinesBody(const std::vector<std::string>& lines) {
     std::string out;
-    if (lines.empty()) return out;  // no item: no lines
+    if (lines.empty())
+        return out;  // no item: no lines
     IWbemClassObject target;
     target.SetStringArray(out, "Lines", lines);
     return out;
@@ -116,8 +120,10 @@ void AppendConformityEntry(std::string& out, const std::string& provider,
 
 SomService::SomService(Scenario scenario, std::string statePath)
     : scenario_(std::move(scenario)), statePath_(std::move(statePath)) {
-    if (!statePath_.empty()) state_ = LoadState(statePath_);
-    if (state_.alive.empty()) state_.alive = scenario_.aliveDefaults;
+    if (!statePath_.empty())
+        state_ = LoadState(statePath_);
+    if (state_.alive.empty())
+        state_.alive = scenario_.aliveDefaults;
     byMethod_ = {
         {"SetUpdatePriority", &SomService::SetUpdatePriority},
         {"GetUpdatePlans", &SomService::GetUpdatePlans},
@@ -156,9 +162,11 @@ Reply SomService::Handle(const Request& request) {
         {{kToolServiceWD, "AliveMonitorGetParameter"}, &SomService::AliveGet},
     };
     auto fixed = kByClassAndMethod.find({request.className, request.method});
-    if (fixed != kByClassAndMethod.end()) return (this->*fixed->second)(request);
+    if (fixed != kByClassAndMethod.end())
+        return (this->*fixed->second)(request);
     auto any = byMethod_.find(request.method);
-    if (any != byMethod_.end()) return (this->*any->second)(request);
+    if (any != byMethod_.end())
+        return (this->*any->second)(request);
     return Reply{kUnknownMethod, ""};
 }
 
@@ -171,8 +179,10 @@ Reply SomService::Persisted(const std::function<uint32_t(State&)>& change) {
     std::lock_guard<std::mutex> lock(mutex_);
     State next = state_;
     const uint32_t code = change(next);
-    if (code != 0) return Reply{code, ""};
-    if (!statePath_.empty() && !SaveState(next, statePath_)) return Reply{kStateNotSaved, ""};
+    if (code != 0)
+        return Reply{code, ""};
+    if (!statePath_.empty() && !SaveState(next, statePath_))
+        return Reply{kStateNotSaved, ""};
     state_ = std::move(next);
     return Reply{0, ""};
 }
@@ -220,7 +230,8 @@ Reply SomService::SetUpdatePriority(const Request& request) {
     CUpDownSchedule codec(kTraceName);
     std::string scratch;
     char* fields = codec.compareItem(body.get(), "Velmora_PriorityUpdateParam", scratch);
-    if (fields == nullptr || fields == body.get()) return Reply{kBadRequest, ""};
+    if (fields == nullptr || fields == body.get())
+        return Reply{kBadRequest, ""};
     CVelmora_PriorityUpdateParam param;
     codec.toObject(fields, param);
     return Persisted([&](State& s) {
@@ -246,10 +257,13 @@ std::vector<CVELMORA_UpdatePlans> SomService::PlansFor(bool rollback) const {
     std::vector<CVELMORA_UpdatePlans> plans;
     for (const CVELMORA_UpdatePlans& plan : scenario_.plans) {
         bool isApplied = false;
-        for (const std::string& unique : applied) isApplied = isApplied || unique == plan.UniqueName;
-        if (isApplied != rollback) continue;
+        for (const std::string& unique : applied)
+            isApplied = isApplied || unique == plan.UniqueName;
+        if (isApplied != rollback)
+            continue;
         CVELMORA_UpdatePlans shown = plan;
-        if (rollback) std::swap(shown.CurrentVendorVersion, shown.NextVendorVersion);
+        if (rollback)
+            std::swap(shown.CurrentVendorVersion, shown.NextVendorVersion);
         plans.push_back(shown);
     }
     return plans;
@@ -261,9 +275,11 @@ Reply SomService::GetUpdatePlans(const Request& request) {
 
 Reply SomService::GetOperatingAuthority(const Request& request) {
     const std::string key = Param(request.body, "AppKey");
-    if (key.empty()) return Reply{kBadRequest, ""};
+    if (key.empty())
+        return Reply{kBadRequest, ""};
     return Persisted([&](State& s) {
-        if (!s.authorityHolder.empty() && s.authorityHolder != key) return kAuthorityHeld;
+        if (!s.authorityHolder.empty() && s.authorityHolder != key)
+            return kAuthorityHeld;
         s.authorityHolder = key;
         return 0u;
     });
@@ -272,8 +288,10 @@ Reply SomService::GetOperatingAuthority(const Request& request) {
 Reply SomService::ReleaseOperatingAuthority(const Request& request) {
     const std::string key = Param(request.body, "AppKey");
     return Persisted([&](State& s) {
-        if (s.authorityHolder.empty()) return 0u;  // nothing to release
-        if (s.authorityHolder != key) return kNotAuthorityHolder;
+        if (s.authorityHolder.empty())
+            return 0u;  // nothing to release
+        if (s.authorityHolder != key)
+            return kNotAuthorityHolder;
         s.authorityHolder.clear();
         return 0u;
     });
@@ -293,7 +311,8 @@ void SomService::WriteProcessStatus(const char* status, const char* type) {
 
 bool SomService::BeginBulk() {
     std::lock_guard<std::mutex> lock(mutex_);
-    if (bulkRunning_) return false;
+    if (bulkRunning_)
+        return false;
     bulkRunning_ = true;
     return true;
 }
@@ -309,7 +328,8 @@ void SomService::Work() {
 }
 
 Reply SomService::DownloadAll(const Request& request) {
-    if (!BeginBulk()) return Reply{kBusy, ""};
+    if (!BeginBulk())
+        return Reply{kBusy, ""};
     WriteProcessStatus("download", "");
     Work();
     // The setting names the source; its passwords are never logged.
@@ -319,12 +339,14 @@ Reply SomService::DownloadAll(const Request& request) {
     std::string source = "the configured site";
     if (IWbemClassObject* const* setting = sections.GetAs<IWbemClassObject*>("DownloadSetting")) {
         if (const std::string* url = (*setting)->GetAs<std::string>("WebSiteUrl")) {
-            if (!url->empty()) source = *url;
+            if (!url->empty())
+                source = *url;
         }
     }
     const std::vector<CVELMORA_UpdatePlans> plans = PlansFor(false);
     Reply reply = Persisted([&](State& s) {
-        if (plans.empty()) s.downloadLog.push_back(Now() + " nothing to download");
+        if (plans.empty())
+            s.downloadLog.push_back(Now() + " nothing to download");
         for (const CVELMORA_UpdatePlans& plan : plans) {
             s.downloadLog.push_back(Now() + " downloaded " + plan.DisplayName + " " +
                                     plan.NextVendorVersion + " from " + source);
@@ -336,12 +358,14 @@ Reply SomService::DownloadAll(const Request& request) {
 }
 
 Reply SomService::UpdateAll(const Request&) {
-    if (!BeginBulk()) return Reply{kBusy, ""};
+    if (!BeginBulk())
+        return Reply{kBusy, ""};
     WriteProcessStatus("update", "update");
     Work();
     const std::vector<CVELMORA_UpdatePlans> plans = PlansFor(false);
     Reply reply = Persisted([&](State& s) {
-        if (plans.empty()) s.resultLog.push_back(Now() + " update: nothing to do");
+        if (plans.empty())
+            s.resultLog.push_back(Now() + " update: nothing to do");
         for (const CVELMORA_UpdatePlans& plan : plans) {
             s.versionLog.push_back({plan.ProviderName, Now(), plan.VendorName, plan.UniqueName,
                                     plan.ModuleKind, plan.CurrentVendorVersion,
@@ -354,18 +378,21 @@ Reply SomService::UpdateAll(const Request&) {
     });
     EndBulk();
     if (reply.result == 0) {
-        reply.body = "long;Reboot;" + std::to_string(plans.empty() ? 0 : scenario_.rebootAfterUpdate) + ";";
+        reply.body =
+            "long;Reboot;" + std::to_string(plans.empty() ? 0 : scenario_.rebootAfterUpdate) + ";";
     }
     return reply;
 }
 
 Reply SomService::RollbackAll(const Request&) {
-    if (!BeginBulk()) return Reply{kBusy, ""};
+    if (!BeginBulk())
+        return Reply{kBusy, ""};
     WriteProcessStatus("update", "rollback");
     Work();
     const std::vector<CVELMORA_UpdatePlans> plans = PlansFor(true);
     Reply reply = Persisted([&](State& s) {
-        if (plans.empty()) s.resultLog.push_back(Now() + " rollback: nothing to do");
+        if (plans.empty())
+            s.resultLog.push_back(Now() + " rollback: nothing to do");
         for (const CVELMORA_UpdatePlans& plan : plans) {
             s.versionLog.push_back({plan.ProviderName, Now(), plan.VendorName, plan.UniqueName,
                                     plan.ModuleKind, plan.CurrentVendorVersion,
@@ -383,7 +410,8 @@ Reply SomService::RollbackAll(const Request&) {
     });
     EndBulk();
     if (reply.result == 0) {
-        reply.body = "long;Reboot;" + std::to_string(plans.empty() ? 0 : scenario_.rebootAfterUpdate) + ";";
+        reply.body =
+            "long;Reboot;" + std::to_string(plans.empty() ? 0 : scenario_.rebootAfterUpdate) + ";";
     }
     return reply;
 }
@@ -395,7 +423,9 @@ Reply SomService::ExecuteReboot(const Request&) {
     });
 }
 
-Reply SomService::Relayed(const Request&) { return Reply{0, "long;ReturnValue;0;"}; }
+Reply SomService::Relayed(const Request&) {
+    return Reply{0, "long;ReturnValue;0;"};
+}
 
 // --- Providers ------------------------------------------------------------------------
 
@@ -418,7 +448,8 @@ Reply SomService::CheckUpdateModuleConformity(const Request& request) {
     Reply reply;
     qel::item::AppendItem(reply.body, qel::item::kTagClassArray, "UpdateModuleConformityList", "");
     for (const auto& provider : scenario_.deviceProviders) {
-        if (provider.first != request.className && request.className != kUpdateManager) continue;
+        if (provider.first != request.className && request.className != kUpdateManager)
+            continue;
         for (const CVelmora_DeviceInfo& device : provider.second.DeviceInfo) {
             for (const CVelmora_ManageModuleInfo& module : device.ModuleInfo) {
                 for (const CVelmora_ManageRepositoryInfo& entry : module.RepositoryInfo) {
@@ -468,7 +499,8 @@ Reply SomService::AliveClear(const Request&) {
 Reply SomService::AliveSet(const Request& request) {
     const std::string name = Param(request.body, "Name");
     const std::string value = Param(request.body, "Value");
-    if (name.empty()) return Reply{kBadRequest, ""};
+    if (name.empty())
+        return Reply{kBadRequest, ""};
     return Persisted([&](State& s) {
         AliveParameter& parameter = s.alive[name];
         parameter.value = value;
@@ -480,7 +512,8 @@ Reply SomService::AliveGet(const Request& request) {
     const std::string name = Param(request.body, "Name");
     State s = Snapshot();
     auto it = s.alive.find(name);
-    if (it == s.alive.end()) return Reply{kUnknownParameter, ""};
+    if (it == s.alive.end())
+        return Reply{kUnknownParameter, ""};
     Reply reply;
     IWbemClassObject w;
     w.SetString(reply.body, "Value", it->second.value);

@@ -21,7 +21,7 @@ struct Reply {
 };
 
 class SomService {
-public:
+  public:
     // `statePath` may be empty: then nothing persists.
     SomService(Scenario scenario, std::string statePath);
 
@@ -30,7 +30,7 @@ public:
     // The state as it is now (a copy).
     State Snapshot() const;
 
-private:
+  private:
     typedef Reply (SomService::*Handler)(const Request&);
 
     Reply Persisted(const std::function<uint32_t(State&)>& change);

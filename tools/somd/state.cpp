@@ -22,12 +22,13 @@ static void from_json(const nlohmann::json& j, AliveParameter& p) {
 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(State, downloadSetting, downloadSchedule,
                                                 updateSchedule, priorities, authorityHolder,
-                                                appliedUpdates, downloadLog, resultLog,
-                                                versionLog, alive)
+                                                appliedUpdates, downloadLog, resultLog, versionLog,
+                                                alive)
 
 State LoadState(const std::string& path) {
     std::ifstream in(path);
-    if (!in) return State();
+    if (!in)
+        return State();
     try {
         return nlohmann::json::parse(in).get<State>();
     } catch (const nlohmann::json::exception& e) {
@@ -41,7 +42,8 @@ bool WriteFully(int fd, const std::string& data) {
     std::size_t done = 0;
     while (done < data.size()) {
         ssize_t n = write(fd, data.data() + done, data.size() - done);
-        if (n <= 0) return false;
+        if (n <= 0)
+            return false;
         done += static_cast<std::size_t>(n);
     }
     return true;
@@ -58,7 +60,8 @@ bool SaveState(const State& state, const std::string& path) {
     const std::string text = nlohmann::json(state).dump(2) + "\n";
     const std::string temporary = path + ".tmp";
     int fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    if (fd < 0) return false;
+    if (fd < 0)
+        return false;
     bool ok = WriteFully(fd, text) && fsync(fd) == 0;
     ok = close(fd) == 0 && ok;
     if (!ok || std::rename(temporary.c_str(), path.c_str()) != 0) {
