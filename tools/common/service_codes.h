@@ -13,6 +13,7 @@ constexpr uint32_t kUnknownMethod = 0x8000A003u;       // class or method not se
 constexpr uint32_t kBadRequest = 0x8000A004u;          // a request body that cannot be read
 constexpr uint32_t kBusy = 0x8000A005u;                // a bulk run is in progress
 constexpr uint32_t kUnknownParameter = 0x8000A006u;    // alive-monitor parameter not set
+constexpr uint32_t kStateNotSaved = 0x8000A007u;       // the state file could not be written
 
 inline const char* DescribeServiceCode(uint32_t code) {
     switch (code) {
@@ -28,6 +29,8 @@ inline const char* DescribeServiceCode(uint32_t code) {
             return "a download, update or rollback is already running";
         case kUnknownParameter:
             return "no such alive-monitor parameter";
+        case kStateNotSaved:
+            return "the service could not save its state";
         default:
             return "service error";
     }

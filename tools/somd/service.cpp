@@ -26,7 +26,6 @@ const char kLogManager[] = "VELMORA_LogManager";
 const char kQelVersion[] = "VELMORA_QelVersion";
 const char kToolServiceWD[] = "VELMORA_ToolServiceWD";
 const char kTraceName[] = "somd";
-const uint32_t kStateNotSaved = 0x8000A007u;
 
 // A mutable copy of a request body for the library's scanners.
 struct Body {
