@@ -21,7 +21,7 @@ class DeviceNamer {
   private:
     PciDatabase* Database();
 
-    const std::string& traceName_;
+    const std::string traceName_;
     const bool batch_;
     bool loaded_ = false;
     int error_ = 0;
