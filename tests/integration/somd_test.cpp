@@ -225,27 +225,6 @@ TEST_F(SomdTest, BadRequestsNeverStopTheService) {
     EXPECT_EQ(som.CollectQelVersion(versions), 0);
 }
 
-TEST_F(SomdTest, ManyClientsAtOnce) {
-    std::atomic<int> failures{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t) {
-        threads.emplace_back([&failures, t] {
-            CSomIf client("client" + std::to_string(t));
-            for (int i = 0; i < 40; ++i) {
-                std::string value;
-                unsigned type = 0;
-                if (client.AliveMonitorGetParameter("RetryCount", value, type) != 0 ||
-                    value != "3") {
-                    ++failures;
-                }
-            }
-        });
-    }
-    for (auto& thread : threads)
-        thread.join();
-    EXPECT_EQ(failures.load(), 0);
-}
-
 TEST_F(SomdTest, CleanStopOnSigterm) {
     EXPECT_EQ(somd.Stop(), 0);
     EXPECT_NE(access(root.Path("/run/som.sock").c_str(), F_OK), 0);

@@ -86,16 +86,6 @@ TEST(ResultTest, ResultFieldThenReturnValue) {
     EXPECT_EQ(som.getResult(35, nullptr), 0);
 }
 
-TEST(ResultTest, GetReturnValueLooksOnlyInTheBody) {
-    CSomIf som("res");
-    // The item text inside the header's class name is not the body.
-    const std::string reply = FakeSomService::ReplyText("long;ReturnValue;4;", "M", "00000000", "");
-    EXPECT_EQ(som.GetReturnValue(reply), 0);
-    EXPECT_EQ(som.GetReturnValue("00000099short"), 0);
-    EXPECT_EQ(som.GetReturnValue(""), 0);
-    EXPECT_EQ(som.GetReturnValue("xxxxxxxxlong;ReturnValue;6;"), 6);  // no digits: offset 0
-}
-
 TEST(ResultTest, TracesPrintBothResultForms) {
     TraceRecorder traces;
     CSomIf som("res");
@@ -111,31 +101,34 @@ TEST(ResultTest, TracesPrintBothResultForms) {
         traces.Contains("[LEAVE] HRESULT CSomIf::getResult(int, const char*), rc=-2146955007"));
 }
 
-TEST(ResultTest, BodyPosition) {
-    CSomIf som("pos");
-    const std::string reply = Reply("00000000", "string;A;x;");
-    EXPECT_EQ(som.getSpecificPos(reply), 35u);
-    EXPECT_EQ(som.getSpecificPos("no slash here"), 0u);
-    EXPECT_EQ(som.getSpecificPos("abc/def"), 7u);   // no digit: empty body
-    EXPECT_EQ(som.getSpecificPos("abc/x1yz"), 8u);  // clamped to the end
-    EXPECT_EQ(som.getSpecificPos(""), 0u);
-}
-
-TEST(ResultTest, RebootKind) {
-    CSomIf som("rb");
-    const std::pair<const char*, long> cases[] = {
+TEST(ResultTest, BodyPositionRebootKindAndReturnValueSearch) {
+    CSomIf som("res");
+    const std::pair<std::string, unsigned> positions[] = {
+        {Reply("00000000", "string;A;x;"), 35},
+        {"no slash here", 0},
+        {"abc/def", 7},   // no digit after "/": the body is empty
+        {"abc/x1yz", 8},  // clamped to the end
+        {"", 0}};
+    for (const auto& c : positions)
+        EXPECT_EQ(som.getSpecificPos(c.first), c.second) << c.first;
+    const std::pair<const char*, long> reboots[] = {
         {"xlong;Reboot;2;", 2},
-        {"long;Reboot;2;", 0},
+        {"long;Reboot;2;", 0},  // never at the very first character
         {"string;A;b;long;Reboot;1;", 1},
         {"xlong;Reboot;;", 0},
         {"xlong;Reboot;7", 7},
         {"xlong;Rebooted;3;", 0},
         {"", 0},
-        {"x", 0},
-    };
-    for (const auto& c : cases)
+        {"x", 0}};
+    for (const auto& c : reboots)
         EXPECT_EQ(som.getRebootKind(c.first), c.second) << c.first;
     EXPECT_EQ(som.getRebootKind(nullptr), 0);
+    // The item text inside the header's class name is not the body.
+    EXPECT_EQ(
+        som.GetReturnValue(FakeSomService::ReplyText("long;ReturnValue;4;", "M", "00000000", "")),
+        0);
+    EXPECT_EQ(som.GetReturnValue("00000099short"), 0);
+    EXPECT_EQ(som.GetReturnValue("xxxxxxxxlong;ReturnValue;6;"), 6);  // no digits: offset 0
 }
 
 class ExchangeTest : public ::testing::Test {
@@ -201,10 +194,6 @@ TEST_F(ExchangeTest, FailedExchangesGiveTheirCodesAndAnEmptyText) {
     EXPECT_EQ(body, "");
     EXPECT_LE(qel_test::OpenDescriptorCount(), descriptors);  // the listener is gone too
 }
-
-}  // namespace
-
-namespace {
 
 TEST_F(ExchangeTest, OversizedRepliesRestartsAndTenThousandExchanges) {
     {

@@ -1,5 +1,7 @@
-// Typed provider queries end to end, naming included.
+// Provider and plan queries end to end: typed (with naming) and WBEM forms.
 #include <gtest/gtest.h>
+
+#include <memory>
 
 #include "CSomIf.h"
 #include "provider_info/plain_text.h"
@@ -11,6 +13,7 @@ namespace {
 
 using qel_test::Action;
 using qel_test::FakeSomService;
+typedef std::vector<IWbemClassObject*> Objects;
 
 class ProviderQueriesTest : public ::testing::Test {
   protected:
@@ -24,7 +27,6 @@ class ProviderQueriesTest : public ::testing::Test {
                        "Connection\n14e4  Broadcom Inc. and subsidiaries\n\t1657  NetXtreme "
                        "BCM5719 Gigabit Ethernet PCIe\n");
     }
-
     static std::string DeviceReply() {
         std::string text;
         qel::pm::WritePlainText(qel_test::SampleDevProvider(), text);
@@ -32,66 +34,88 @@ class ProviderQueriesTest : public ::testing::Test {
     }
 };
 
-TEST_F(ProviderQueriesTest, DeviceProviderIsReadAndNamed) {
-    service.Push(Action::Answer(DeviceReply()));
+TEST_F(ProviderQueriesTest, TypedQueriesReadNameAndMapResults) {
     CVelmora_DevProviderManageInfo info;
     info.DeviceInfo.resize(5);  // from an earlier query: replaced
+    service.Push(Action::Answer(DeviceReply()));
     EXPECT_EQ(som.GetProviderManageInfo("VELMORA_NicProvider", info), 0);
     EXPECT_EQ(service.LastRequest().bytes,
               "00000073cafefeedVELMORA_NicProvider/GetProviderManageInfo0000000000000000");
     ASSERT_EQ(info.DeviceInfo.size(), 3u);
     EXPECT_EQ(info.DeviceInfo[0].DeviceName, "82599ES 10-Gigabit SFI/SFP+ Network Connection");
     EXPECT_EQ(info.DeviceInfo[1].DeviceVendorName, "Broadcom Inc. and subsidiaries");
-    EXPECT_EQ(info.DeviceInfo[2].DeviceName, "");  // vendor not in this database
-    EXPECT_EQ(info.DeviceInfo[0].ModuleInfo[0].RepositoryInfo.size(), 2u);
-}
-
-TEST_F(ProviderQueriesTest, ResultPaths) {
-    CVelmora_DevProviderManageInfo info;
-    service.Push(Action::Answer(DeviceReply(), 0x80001234u));
+    EXPECT_EQ(info.DeviceInfo[2].DeviceName, "");              // vendor not in this database
+    service.Push(Action::Answer(DeviceReply(), 0x80001234u));  // negative: read, 0x80081101
     EXPECT_EQ(som.GetProviderManageInfo("C", info), 0x80081101L);
-    EXPECT_EQ(info.DeviceInfo.size(), 3u);  // the body is read all the same
-    EXPECT_FALSE(info.DeviceInfo[0].DeviceName.empty());
-
+    EXPECT_EQ(info.DeviceInfo.size(), 3u);
     service.Push(Action::Answer(DeviceReply(), 0x00000004u));
     EXPECT_EQ(som.GetProviderManageInfo("C", info), 4);
-
     service.Push(Action::Fault(Action::kCloseWithoutAnswer));
     info.ProviderName = "kept";
     EXPECT_EQ(som.GetProviderManageInfo("C", info), 0x80081101L);
     EXPECT_TRUE(info.DeviceInfo.empty());
+    std::string tools;
+    qel::pm::WritePlainText(qel_test::SampleToolProvider(), tools);
+    service.Push(Action::Answer(tools));
+    CVelmora_ToolProviderManageInfo tool;
+    EXPECT_EQ(som.GetProviderManageInfo("VELMORA_ToolProvider", tool), 0);
+    EXPECT_EQ(tool.ToolInfo.size(), 2u);
 
     qel_test::TraceRecorder traces;
+    EXPECT_EQ(som.RecvProviderManageInfo(60, tool), -1);  // nothing sent, nothing received
     service.Stop();
     info.DeviceInfo.resize(2);
     EXPECT_EQ(som.GetProviderManageInfo("C", info), 0x80081001L);
     EXPECT_TRUE(info.DeviceInfo.empty());
     EXPECT_EQ(info.ProviderName, "kept");
-    EXPECT_TRUE(
-        traces.Contains("[ENTER] HRESULT CSomIf::GetProviderManageInfo(std::string, "
-                        "CVelmora_DevProviderManageInfo&) C"));
-    EXPECT_TRUE(
-        traces.Contains("[LEAVE] HRESULT CSomIf::GetProviderManageInfo(std::string, "
-                        "CVelmora_DevProviderManageInfo&), rc=-2146955263"));
-}
-
-TEST_F(ProviderQueriesTest, ToolProvider) {
-    std::string text;
-    qel::pm::WritePlainText(qel_test::SampleToolProvider(), text);
-    service.Push(Action::Answer(text));
-    CVelmora_ToolProviderManageInfo info;
-    EXPECT_EQ(som.GetProviderManageInfo("VELMORA_ToolProvider", info), 0);
-    ASSERT_EQ(info.ToolInfo.size(), 2u);
-    EXPECT_EQ(info.ProviderName, "VelmoraToolProvider");
-}
-
-TEST_F(ProviderQueriesTest, ReceiveWithoutARequestGivesMinusOne) {
-    qel_test::TraceRecorder traces;
-    CVelmora_ToolProviderManageInfo info;
-    EXPECT_EQ(som.RecvProviderManageInfo(60, info), -1);
+    const std::string sig =
+        "HRESULT CSomIf::GetProviderManageInfo(std::string, CVelmora_DevProviderManageInfo&)";
+    EXPECT_TRUE(traces.Contains("[ENTER] " + sig + " C"));
+    EXPECT_TRUE(traces.Contains("[LEAVE] " + sig + ", rc=-2146955263"));
     EXPECT_TRUE(
         traces.Contains("[LEAVE] int CSomIf::RecvProviderManageInfo(size_t, "
                         "CVelmora_ToolProviderManageInfo&), rc=-1"));
+}
+
+TEST_F(ProviderQueriesTest, WbemQueriesDecodeOnlyWhenNotNegative) {
+    IWbemClassObject in;
+    in.push("AppKey", std::string("k"));
+    service.Push(
+        Action::Answer("class[];UpdatePlansList;;string;ProviderName;P;string;DependencyName;D;"));
+    IWbemClassObject* out = nullptr;
+    EXPECT_EQ(som.GetUpdatePlans("VELMORA_UpdateManager", &in, &out), 0);
+    std::unique_ptr<IWbemClassObject> owned(out);
+    EXPECT_EQ(service.LastRequest().body, "string;AppKey;k;");
+    EXPECT_EQ((*out->GetAs<Objects*>("UpdatePlansList"))->size(), 1u);
+    EXPECT_EQ(out->Get("ReturnValue"), nullptr);
+    service.Push(
+        Action::Answer("string;UpdateModuleConformityList;;string;ProviderName;P;string;"
+                       "VendorName;V;string;UpdateModuleKind;K;class;ModuleInfo;;",
+                       0x00000003u));
+    IWbemClassObject mine;
+    IWbemClassObject* minePtr = &mine;
+    EXPECT_EQ(som.CheckUpdateModuleConformity("C", nullptr, &minePtr), 3);  // positive: decoded
+    EXPECT_EQ(mine.GetAs<Objects>("UpdateModuleConformityList")->size(), 1u);
+    service.Push(Action::Answer(DeviceReply()));
+    IWbemClassObject* tree = nullptr;
+    EXPECT_EQ(som.GetProviderManageInfo("VELMORA_NicProvider", &in, &tree), 0);
+    std::unique_ptr<IWbemClassObject> ownedTree(tree);
+    EXPECT_EQ(service.LastRequest().body, "");  // never sends inParams
+    IWbemClassObject* provider = *tree->GetAs<IWbemClassObject*>("DevProviderManageInfo");
+    EXPECT_EQ((*provider->GetAs<Objects*>("DeviceInfo"))->size(), 3u);
+
+    typedef HRESULT (CSomIf::*Query)(std::string, IWbemClassObject*, IWbemClassObject**);
+    for (Query query : {&CSomIf::GetUpdatePlans, &CSomIf::CheckUpdateModuleConformity,
+                        &CSomIf::GetProviderManageInfo}) {
+        service.Push(Action::Answer("class[];UpdatePlansList;;", 0x80001000u));
+        IWbemClassObject* none = nullptr;
+        EXPECT_EQ((som.*query)("C", &in, &none), 0x80001000L);
+        EXPECT_EQ(none, nullptr);  // left as it was
+    }
+    service.Stop();
+    IWbemClassObject* none = nullptr;
+    EXPECT_EQ(som.GetUpdatePlans("C", &in, &none), 0x80081001L);
+    EXPECT_EQ(none, nullptr);
 }
 
 }  // namespace
