@@ -29,7 +29,8 @@ class QEL_FRAMEWORK_API CTraceUtility {
     static void WriteDebug(const std::string& source, int level, const char* format, ...)
         __attribute__((format(printf, 3, 4)));
 
-    // Installs (or, with an empty function, removes) the sink.
+    // Installs (or, with an empty function, removes) the sink. The sink is
+    // called under the facility's lock, so it must not trace itself.
     static void SetSink(Sink sink);
 
     // Whether a line of `level` would be written anywhere now.
