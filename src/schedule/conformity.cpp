@@ -6,13 +6,15 @@
 #include "common/trace.h"
 #include "codec/item_index.h"
 #include "codec/item_view.h"
+#include "object_list.h"
 #include "schedule_signatures.h"
 
 namespace {
 
+using qel::ListGuard;
+using qel::ObjectList;
 using qel::item::kTagClassArray;
 using qel::item::kTagString;
-typedef std::vector<IWbemClassObject*> ObjectList;
 
 const char kAppKey[] = "AppKey";
 const char kConformityList[] = "UpdateModuleConformityList";
@@ -140,17 +142,6 @@ class OpenCloseList {
     ObjectList* list_;
     IWbemClassObject* current_ = nullptr;
     bool listed_ = true;
-};
-
-// Frees the objects of a list that never reached a tree.
-struct ListGuard {
-    ObjectList* list;
-    ~ListGuard() {
-        if (list == nullptr)
-            return;
-        for (IWbemClassObject* object : *list)
-            delete object;
-    }
 };
 
 }  // namespace

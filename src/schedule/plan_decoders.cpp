@@ -9,6 +9,7 @@
 #include "codec/codec_signatures.h"
 #include "codec/item_index.h"
 #include "codec/item_view.h"
+#include "object_list.h"
 #include "schedule_signatures.h"
 
 namespace {
@@ -31,18 +32,8 @@ const std::pair<const char*, bool> kPlanFields[] = {
 // The fields of a registered module after "VendorName", read one item each.
 const char* const kRegisteredFields[] = {"UniqueName", "ModuleKind", "VendorVersion", "ModulePath"};
 
-typedef std::vector<IWbemClassObject*> ObjectList;
-
-// Frees the objects of a list that never reached a tree.
-struct ListGuard {
-    ObjectList* list;
-    ~ListGuard() {
-        if (list == nullptr)
-            return;
-        for (IWbemClassObject* object : *list)
-            delete object;
-    }
-};
+using qel::ListGuard;
+using qel::ObjectList;
 
 }  // namespace
 
