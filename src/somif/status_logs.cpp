@@ -9,6 +9,7 @@
 #include "CTraceUtility.h"
 #include "CVersionUpLog.h"
 #include "common/trace.h"
+#include "list_exchange.h"
 #include "somif_signatures.h"
 #include "wire.h"
 
@@ -39,15 +40,8 @@ HRESULT ReduceNegative(HRESULT result) {
 
 HRESULT CSomIf::CollectQelVersion(std::vector<CVELMORA_QelVersionInfo>& versions) {
     qel::TraceEnter(m_traceName, qel::sig::kCollectQelVersion);
-    std::unique_ptr<char[]> buffer(new char[qel::wire::kSmallReplyBufferSize]);
-    buffer[0] = '\0';
-    std::string body;
-    int rc = TransMessage(kCollectQelVersion, qel::wire::kQelVersion, body, buffer.get(),
-                          qel::wire::kSmallReplyBufferSize);
-    if (!qel::wire::IsNegative(rc)) {
-        CVersionUpLog codec(m_traceName);
-        codec.toObject(buffer.get() + getSpecificPos(buffer.get()), versions);
-    }
+    int rc = qel::ExchangeSmallList(*this, m_traceName, kCollectQelVersion, qel::wire::kQelVersion,
+                                    std::string(), versions);
     qel::TraceLeave(m_traceName, qel::sig::kCollectQelVersion, rc, qel::RcForm::kSigned32);
     return qel::ZeroExtend(rc);
 }

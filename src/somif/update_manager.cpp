@@ -3,7 +3,7 @@
 
 #include "CSomIf.h"
 #include "CUpDownSchedule.h"
-#include "CVersionUpLog.h"
+#include "list_exchange.h"
 #include "common/trace.h"
 #include "somif_signatures.h"
 #include "wire.h"
@@ -107,27 +107,10 @@ HRESULT CSomIf::GetAutoUpdateSetting(CVELMORA_UpdateSchedule& schedule) {
     return qel::ZeroExtend(rc);
 }
 
-namespace {
-
-// The plans exchange through an 8 KiB buffer, decoded when not negative.
-int ExchangePlans(CSomIf& som, const std::string& traceName, const std::string& className,
-                  std::string body, std::vector<CVELMORA_UpdatePlans>& plans) {
-    std::unique_ptr<char[]> buffer(new char[qel::wire::kSmallReplyBufferSize]);
-    buffer[0] = '\0';
-    int rc = som.TransMessage(kGetUpdatePlans, className, body, buffer.get(),
-                              qel::wire::kSmallReplyBufferSize);
-    if (!qel::wire::IsNegative(rc)) {
-        CVersionUpLog codec(traceName);
-        codec.toObject(buffer.get() + som.getSpecificPos(buffer.get()), plans);
-    }
-    return rc;
-}
-
-}  // namespace
-
 HRESULT CSomIf::GetUpdatePlans(std::string className, std::vector<CVELMORA_UpdatePlans>& plans) {
     qel::TraceEnter(m_traceName, qel::sig::kGetUpdatePlans);
-    int rc = ExchangePlans(*this, m_traceName, className, std::string(), plans);
+    int rc = qel::ExchangeSmallList(*this, m_traceName, kGetUpdatePlans, className, std::string(),
+                                    plans);
     qel::TraceLeave(m_traceName, qel::sig::kGetUpdatePlans, rc, qel::RcForm::kSigned32);
     return qel::ZeroExtend(rc);
 }
@@ -135,8 +118,8 @@ HRESULT CSomIf::GetUpdatePlans(std::string className, std::vector<CVELMORA_Updat
 HRESULT CSomIf::GetUpdatePlans(std::string className, bool rollback,
                                std::vector<CVELMORA_UpdatePlans>& plans) {
     qel::TraceEnter(m_traceName, qel::sig::kGetUpdatePlansRollback);
-    int rc =
-        ExchangePlans(*this, m_traceName, className, getBoolParam(kRollbackParam, rollback), plans);
+    int rc = qel::ExchangeSmallList(*this, m_traceName, kGetUpdatePlans, className,
+                                    getBoolParam(kRollbackParam, rollback), plans);
     qel::TraceLeave(m_traceName, qel::sig::kGetUpdatePlansRollback, rc, qel::RcForm::kSigned32);
     return qel::ZeroExtend(rc);
 }
