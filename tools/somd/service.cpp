@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
@@ -357,52 +358,37 @@ Reply SomService::DownloadAll(const Request& request) {
 }
 
 Reply SomService::UpdateAll(const Request&) {
-    if (!BeginBulk())
-        return Reply{kBusy, ""};
-    WriteProcessStatus("update", "update");
-    Work();
-    const std::vector<CVELMORA_UpdatePlans> plans = PlansFor(false);
-    Reply reply = Persisted([&](State& s) {
-        if (plans.empty())
-            s.resultLog.push_back(Now() + " update: nothing to do");
-        for (const CVELMORA_UpdatePlans& plan : plans) {
-            s.versionLog.push_back({plan.ProviderName, Now(), plan.VendorName, plan.UniqueName,
-                                    plan.ModuleKind, plan.CurrentVendorVersion,
-                                    plan.NextVendorVersion});
-            s.resultLog.push_back(Now() + " updated " + plan.UniqueName + " " +
-                                  plan.CurrentVendorVersion + " -> " + plan.NextVendorVersion);
-            s.appliedUpdates.push_back(plan.UniqueName);
-        }
-        return 0u;
-    });
-    EndBulk();
-    if (reply.result == 0) {
-        reply.body =
-            "long;Reboot;" + std::to_string(plans.empty() ? 0 : scenario_.rebootAfterUpdate) + ";";
-    }
-    return reply;
+    return ApplyPlans(/*rollback=*/false);
 }
 
 Reply SomService::RollbackAll(const Request&) {
+    return ApplyPlans(/*rollback=*/true);
+}
+
+// An update applies the available plans, a rollback undoes the applied
+// ones; both log every module and report the reboot kind.
+Reply SomService::ApplyPlans(bool rollback) {
     if (!BeginBulk())
         return Reply{kBusy, ""};
-    WriteProcessStatus("update", "rollback");
+    WriteProcessStatus("update", rollback ? "rollback" : "update");
     Work();
-    const std::vector<CVELMORA_UpdatePlans> plans = PlansFor(true);
+    const std::vector<CVELMORA_UpdatePlans> plans = PlansFor(rollback);
+    const std::string verb = rollback ? " rolled back " : " updated ";
     Reply reply = Persisted([&](State& s) {
         if (plans.empty())
-            s.resultLog.push_back(Now() + " rollback: nothing to do");
+            s.resultLog.push_back(Now() + (rollback ? " rollback" : " update") + ": nothing to do");
         for (const CVELMORA_UpdatePlans& plan : plans) {
             s.versionLog.push_back({plan.ProviderName, Now(), plan.VendorName, plan.UniqueName,
                                     plan.ModuleKind, plan.CurrentVendorVersion,
                                     plan.NextVendorVersion});
-            s.resultLog.push_back(Now() + " rolled back " + plan.UniqueName + " " +
-                                  plan.CurrentVendorVersion + " -> " + plan.NextVendorVersion);
-            for (auto it = s.appliedUpdates.begin(); it != s.appliedUpdates.end(); ++it) {
-                if (*it == plan.UniqueName) {
-                    s.appliedUpdates.erase(it);
-                    break;
-                }
+            s.resultLog.push_back(Now() + verb + plan.UniqueName + " " + plan.CurrentVendorVersion +
+                                  " -> " + plan.NextVendorVersion);
+            auto applied =
+                std::find(s.appliedUpdates.begin(), s.appliedUpdates.end(), plan.UniqueName);
+            if (!rollback) {
+                s.appliedUpdates.push_back(plan.UniqueName);
+            } else if (applied != s.appliedUpdates.end()) {
+                s.appliedUpdates.erase(applied);
             }
         }
         return 0u;

@@ -38,6 +38,7 @@ class SomService {
     bool BeginBulk();
     void EndBulk();
     void Work();
+    Reply ApplyPlans(bool rollback);
     std::vector<CVELMORA_UpdatePlans> PlansFor(bool rollback) const;
 
     Reply SetAutoDownloadSetting(const Request&);
