@@ -15,19 +15,11 @@
 #include <memory>
 
 #include "CFileUtility.h"
+#include "text_util.h"
 
 namespace {
 
 const std::size_t kLengthFieldWidth = 8;
-
-std::string Trim(const std::string& text) {
-    const char* blanks = " \t\r\n";
-    std::string::size_type first = text.find_first_not_of(blanks);
-    if (first == std::string::npos)
-        return std::string();
-    std::string::size_type last = text.find_last_not_of(blanks);
-    return text.substr(first, last - first + 1);
-}
 
 long long NowMs() {
     struct timespec ts;
@@ -194,14 +186,14 @@ bool CFileTransfer::ReadConfiguration(const std::string& configFile, std::string
         return false;
     std::string line;
     while (std::getline(in, line)) {
-        std::string trimmed = Trim(line);
+        std::string trimmed = qel::TrimBlanks(line);
         if (trimmed.empty() || trimmed[0] == '#')
             continue;
         std::string::size_type eq = trimmed.find('=');
         if (eq == std::string::npos)
             continue;
-        std::string key = Trim(trimmed.substr(0, eq));
-        std::string value = Trim(trimmed.substr(eq + 1));
+        std::string key = qel::TrimBlanks(trimmed.substr(0, eq));
+        std::string value = qel::TrimBlanks(trimmed.substr(eq + 1));
         if (key == "socket") {
             socketPath = value;
         } else if (key == "timeout") {

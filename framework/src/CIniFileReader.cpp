@@ -6,6 +6,8 @@
 #include <cstring>
 #include <set>
 
+#include "text_util.h"
+
 // State of one parse; the reader and the handler of inih both see it.
 struct IniParseContext {
     CIniFileReader* reader;
@@ -17,19 +19,9 @@ struct IniParseContext {
             reader->sectionOrder_.push_back(name);
     }
     void AddValue(const char* section, const char* name, const char* value) {
-        const std::string trimmed = Trim(section);
+        const std::string trimmed = qel::TrimBlanks(section);
         AddSection(trimmed);
         reader->values_[trimmed].emplace(name, value != nullptr ? value : "");
-    }
-
-    static std::string Trim(const char* text) {
-        const char* begin = text;
-        const char* end = text + std::strlen(text);
-        while (begin < end && (*begin == ' ' || *begin == '\t'))
-            ++begin;
-        while (end > begin && (end[-1] == ' ' || end[-1] == '\t'))
-            --end;
-        return std::string(begin, end);
     }
 };
 
@@ -47,7 +39,7 @@ void NoteSectionHeader(IniParseContext& ctx, const char* line) {
     const char* close = std::strchr(line + 1, ']');
     if (close == nullptr)
         return;
-    ctx.AddSection(IniParseContext::Trim(std::string(line + 1, close).c_str()));
+    ctx.AddSection(qel::TrimBlanks(std::string(line + 1, close)));
 }
 
 char* ReadLine(char* str, int num, void* stream) {

@@ -96,11 +96,7 @@ const boost::any* IWbemClassObject::Get(const std::string& name) const {
 }
 
 boost::any* IWbemClassObject::Get(const std::string& name) {
-    for (auto it = entries_.rbegin(); it != entries_.rend(); ++it) {
-        if (it->first == name)
-            return &it->second;
-    }
-    return nullptr;
+    return const_cast<boost::any*>(static_cast<const IWbemClassObject*>(this)->Get(name));
 }
 
 void IWbemClassObject::SetString(std::string& out, std::string name, std::string value) {

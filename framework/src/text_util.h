@@ -1,0 +1,21 @@
+// Small text helpers shared by the framework's readers (not exported).
+#ifndef QEL_FRAMEWORK_SRC_TEXT_UTIL_H
+#define QEL_FRAMEWORK_SRC_TEXT_UTIL_H
+
+#include <string>
+
+namespace qel {
+
+// `text` without blanks, tabs and line ends at either end.
+inline std::string TrimBlanks(const std::string& text) {
+    const char* blanks = " \t\r\n";
+    std::string::size_type first = text.find_first_not_of(blanks);
+    if (first == std::string::npos)
+        return std::string();
+    std::string::size_type last = text.find_last_not_of(blanks);
+    return text.substr(first, last - first + 1);
+}
+
+}  // namespace qel
+
+#endif  // QEL_FRAMEWORK_SRC_TEXT_UTIL_H
