@@ -42,27 +42,26 @@ class ElementCursor {
 
 // Hooks around each element; the device form of the linked-application
 // reader traces them.
-struct NoElementTrace {
-    void Begin() const {}
-    void Appended() const {}
-};
-
-struct LinkAppElementTrace {
-    const std::string& source;
+// The per-element traces that the device form of the linked-application
+// reader writes; no source, no trace.
+struct ElementTrace {
+    const std::string* source = nullptr;
     void Begin() const {
-        qel::TraceMessageLine(source, qel::kLevelDetail, qel::sig::kLinkAppElementEnter);
+        if (source != nullptr)
+            qel::TraceMessageLine(*source, qel::kLevelDetail, qel::sig::kLinkAppElementEnter);
     }
     void Appended() const {
-        qel::TraceMessageLine(source, qel::kLevelDetail, qel::sig::kLinkAppElementLeave);
+        if (source != nullptr)
+            qel::TraceMessageLine(*source, qel::kLevelDetail, qel::sig::kLinkAppElementLeave);
     }
 };
 
 // The shape of every list: for element i an optional header named after
 // the list, then the first field, whose absence ends the list, then the rest.
-template <class Record, class ReadRest, class Trace = NoElementTrace>
+template <class Record, class ReadRest>
 char* ReadList(CSerializedMsg& codec, char* pos, const char* listName, const char* firstField,
                std::string Record::*first, std::vector<Record>& list, ReadRest readRest,
-               const Trace& trace = Trace()) {
+               const ElementTrace& trace = ElementTrace()) {
     for (int i = 0;; ++i) {
         trace.Begin();
         const std::string prefix = codec.getClassArrayName(listName, i);
@@ -87,13 +86,9 @@ char* ReadLinkApps(CSerializedMsg& codec, char* pos, Owner& owner, bool traced,
         c.String(kExecutePath, app.ExecutePath)
             .String(kDescriptionFilePath, app.DescriptionFilePath);
     };
-    if (traced) {
-        return ReadList(codec, pos, kLinkAppInfo, kApplicationName,
-                        &CVelmora_LinkApplicationInfo::ApplicationName, owner.LinkAppInfo, rest,
-                        LinkAppElementTrace{traceName});
-    }
     return ReadList(codec, pos, kLinkAppInfo, kApplicationName,
-                    &CVelmora_LinkApplicationInfo::ApplicationName, owner.LinkAppInfo, rest);
+                    &CVelmora_LinkApplicationInfo::ApplicationName, owner.LinkAppInfo, rest,
+                    ElementTrace{traced ? &traceName : nullptr});
 }
 
 template <class Owner>
