@@ -3,7 +3,7 @@
 # library. Packages already present are not fetched again.
 set -euo pipefail
 packages=(
-  cmake ninja-build g++ pkg-config binutils
+  cmake ninja-build g++ pkg-config binutils libcli11-dev
   libboost-dev libinih-dev nlohmann-json3-dev
   libgtest-dev googletest libbenchmark-dev rapidjson-dev libpci-dev
   clang libclang-rt-14-dev valgrind
