@@ -12,7 +12,21 @@ class PlainWriter {
   public:
     explicit PlainWriter(std::string& out) : out_(out) {}
 
-    void Header(const char* name) { item::AppendItem(out_, item::kTagClassArray, name, ""); }
+    void Header(const char* name) {
+        if (out_.size() != headersEnd_)
+            headersFrom_ = out_.size();
+        item::AppendItem(out_, item::kTagClassArray, name, "");
+        headersEnd_ = out_.size();
+    }
+
+    // Drops the headers of empty lists that end the text. After such a
+    // header nothing readable follows, and the record reader takes an
+    // unreadable first field for a present one: it would add one empty
+    // element. Without the header both readers find the list empty.
+    void Finish() {
+        if (headersEnd_ == out_.size())
+            out_.resize(headersFrom_);
+    }
     void String(const char* name, const std::string& value) { w_.SetString(out_, name, value); }
 
     void Provider(const char* header, const std::string& name, const std::string& vendor,
@@ -53,6 +67,9 @@ class PlainWriter {
     }
 
   private:
+    std::size_t headersFrom_ = std::string::npos;  // start of the last run of headers
+    std::size_t headersEnd_ = std::string::npos;   // end of that run
+
     void Module(const CVelmora_ManageModuleInfo& module) {
         String(kModuleKind, module.ModuleKind);
         String(kModuleName, module.ModuleName);
@@ -109,8 +126,7 @@ void WritePlainText(const CVelmora_DevProviderManageInfo& info, std::string& out
         writer.Header(kDeviceInfo);
         writer.Device(device);
     }
-    if (info.DeviceInfo.empty())
-        writer.Header(kDeviceInfo);
+    writer.Finish();
 }
 
 void WritePlainText(const CVelmora_ToolProviderManageInfo& info, std::string& out) {
@@ -121,8 +137,7 @@ void WritePlainText(const CVelmora_ToolProviderManageInfo& info, std::string& ou
         writer.Header(kToolInfo);
         writer.Tool(tool);
     }
-    if (info.ToolInfo.empty())
-        writer.Header(kToolInfo);
+    writer.Finish();
 }
 
 }  // namespace pm

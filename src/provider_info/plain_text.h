@@ -4,7 +4,9 @@
 // item before every device (tool), and every nested list announced once by a
 // header item named after it (written even for an empty list, so that the
 // forward-searching reader never runs into the next element's list),
-// followed by its elements' items with plain field names.
+// followed by its elements' items with plain field names. The headers of
+// empty lists that would end the text are left out: with nothing readable
+// after them, the record reader would read one empty element.
 //
 // The device header also ends the run of dependency items that the
 // property-object reader takes in any order. Between two modules there is

@@ -60,6 +60,24 @@ TEST(TextToRecordsTest, RealisticRepliesReadBackCompletely) {
     CProviderManageInfo("r").toObject(tools.get(), tool);
     ASSERT_EQ(tool.ToolInfo.size(), 2u);
     EXPECT_EQ(tool.ToolInfo[1].ModuleInfo.at(0).RepositoryInfo.size(), 1u);
+    // Empty lists that end the reply read back empty, at every depth.
+    CVelmora_ToolProviderManageInfo lean = qel_test::SampleToolProvider();
+    lean.ToolInfo.resize(1);
+    CVelmora_ManageRepositoryInfo& last = lean.ToolInfo[0].ModuleInfo.back().RepositoryInfo.back();
+    last.DependencyInfoSelf.clear();
+    last.DependencyInfoOther.clear();
+    for (std::size_t tools : {1u, 0u}) {
+        lean.ToolInfo.resize(tools);
+        TextBuffer text(Plain(lean));
+        CVelmora_ToolProviderManageInfo back;
+        CProviderManageInfo("r").toObject(text.get(), back);
+        ASSERT_EQ(back.ToolInfo.size(), tools);
+        if (tools == 1) {
+            const CVelmora_ManageRepositoryInfo& got =
+                back.ToolInfo[0].ModuleInfo.back().RepositoryInfo.back();
+            EXPECT_TRUE(got.DependencyInfoSelf.empty() && got.DependencyInfoOther.empty());
+        }
+    }
 }
 
 const char kProvider[] =
