@@ -3,6 +3,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <optional>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
@@ -118,12 +122,17 @@ void AppendConformityEntry(std::string& out, const std::string& provider,
 
 }  // namespace
 
-SomService::SomService(Scenario scenario, std::string statePath)
+SomService::SomService(Scenario scenario, std::string statePath, bool freshState)
     : scenario_(std::move(scenario)), statePath_(std::move(statePath)) {
-    if (!statePath_.empty())
-        state_ = LoadState(statePath_);
-    if (state_.alive.empty())
+    std::optional<State> saved;
+    if (!statePath_.empty() && !freshState)
+        saved = LoadState(statePath_);
+    if (saved) {
+        state_ = std::move(*saved);  // an empty saved monitor list stays empty
+    } else {
         state_.alive = scenario_.aliveDefaults;
+    }
+    ResetInterruptedRun();
     byMethod_ = {
         {"SetUpdatePriority", &SomService::SetUpdatePriority},
         {"GetUpdatePlans", &SomService::GetUpdatePlans},
@@ -142,7 +151,23 @@ SomService::SomService(Scenario scenario, std::string statePath)
     };
 }
 
+// One request's fault fails that request only.
 Reply SomService::Handle(const Request& request) {
+    try {
+        return Dispatch(request);
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "somd: %s/%s failed: %s\n", request.className.c_str(),
+                     request.method.c_str(), e.what());
+        return Reply{kBadRequest, ""};
+    }
+}
+
+bool SomService::ServesClass(const std::string& className) const {
+    return className == kUpdateManager || scenario_.deviceProviders.count(className) != 0 ||
+           scenario_.toolProviders.count(className) != 0;
+}
+
+Reply SomService::Dispatch(const Request& request) {
     static const std::map<std::pair<std::string, std::string>, Handler> kByClassAndMethod = {
         {{kUpdateManager, "SetAutoDownloadSetting"}, &SomService::SetAutoDownloadSetting},
         {{kUpdateManager, "GetAutoDownloadSetting"}, &SomService::GetAutoDownloadSetting},
@@ -165,7 +190,7 @@ Reply SomService::Handle(const Request& request) {
     if (fixed != kByClassAndMethod.end())
         return (this->*fixed->second)(request);
     auto any = byMethod_.find(request.method);
-    if (any != byMethod_.end())
+    if (any != byMethod_.end() && ServesClass(request.className))
         return (this->*any->second)(request);
     return Reply{kUnknownMethod, ""};
 }
@@ -193,7 +218,14 @@ Reply SomService::SetAutoDownloadSetting(const Request& request) {
     Body body(request.body);
     CVELMORA_DownloadSchedule schedule;
     CVELMORA_DownloadSetting setting;
-    CUpDownSchedule(kTraceName).toObject(body.get(), schedule, setting);
+    CUpDownSchedule codec(kTraceName);
+    codec.toObject(body.get(), schedule, setting);
+    // A body that is not exactly what the two records write back did not
+    // parse: refused, nothing changed.
+    std::string written;
+    codec.toString(setting, schedule, written);
+    if (written != request.body)
+        return Reply{kBadRequest, ""};
     return Persisted([&](State& s) {
         s.downloadSchedule = schedule;
         s.downloadSetting = setting;
@@ -211,7 +243,12 @@ Reply SomService::GetAutoDownloadSetting(const Request&) {
 Reply SomService::SetAutoUpdateSetting(const Request& request) {
     Body body(request.body);
     CVELMORA_UpdateSchedule schedule;
-    CUpDownSchedule(kTraceName).toObject(body.get(), schedule);
+    CUpDownSchedule codec(kTraceName);
+    codec.toObject(body.get(), schedule);
+    std::string written;
+    codec.toString(schedule, written);
+    if (written != request.body)
+        return Reply{kBadRequest, ""};
     return Persisted([&](State& s) {
         s.updateSchedule = schedule;
         return 0u;
@@ -235,6 +272,10 @@ Reply SomService::SetUpdatePriority(const Request& request) {
     CVelmora_PriorityUpdateParam param;
     codec.toObject(fields, param);
     return Persisted([&](State& s) {
+        // The priority carries its application's key: while another key
+        // holds the operating authority, the change is refused.
+        if (!s.authorityHolder.empty() && s.authorityHolder != param.AppKey)
+            return kAuthorityHeld;
         for (CVelmora_PriorityUpdateParam& existing : s.priorities) {
             if (existing.DeviceID == param.DeviceID && existing.ModuleKind == param.ModuleKind) {
                 existing = param;
@@ -299,14 +340,40 @@ Reply SomService::ReleaseOperatingAuthority(const Request& request) {
 
 // --- Bulk runs -------------------------------------------------------------------------
 
+namespace {
+
+std::string ProcessStatusPath() {
+    return CFileUtility::GetInstallPath(2) + "/ProcessStatus.ini";
+}
+
+}  // namespace
+
+// Atomic: readers see the old status or the new one, never an empty or
+// partial file, even when the disk is full.
 void SomService::WriteProcessStatus(const char* status, const char* type) {
-    const std::string path = CFileUtility::GetInstallPath(2) + "/ProcessStatus.ini";
-    const std::string temporary = path + ".tmp";
-    if (FILE* file = std::fopen(temporary.c_str(), "w")) {
-        std::fprintf(file, "[icon]\nstatus=%s\ntype=%s\n", status, type);
-        std::fclose(file);
-        std::rename(temporary.c_str(), path.c_str());
+    const std::string text = std::string("[icon]\nstatus=") + status + "\ntype=" + type + "\n";
+    if (!WriteFileAtomically(ProcessStatusPath(), text))
+        std::fprintf(stderr, "somd: ProcessStatus.ini not written: %s\n", std::strerror(errno));
+}
+
+// A run cut short by a stop or a kill left its status behind: no run goes
+// on in a service that is just starting, so the status goes back to idle
+// and the result log says so.
+void SomService::ResetInterruptedRun() {
+    std::ifstream in(ProcessStatusPath());
+    std::string line, status;
+    while (std::getline(in, line)) {
+        if (line.compare(0, 7, "status=") == 0)
+            status = line.substr(7);
     }
+    if (status.empty() || status == "idle")
+        return;
+    WriteProcessStatus("idle", "");
+    const std::string entry = Now() + " " + status + " run interrupted by a restart; status reset";
+    std::fprintf(stderr, "somd: %s\n", entry.c_str());
+    state_.resultLog.push_back(entry);
+    if (!statePath_.empty() && !SaveState(state_, statePath_))
+        std::fprintf(stderr, "somd: state not saved: %s\n", std::strerror(errno));
 }
 
 bool SomService::BeginBulk() {

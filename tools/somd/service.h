@@ -22,8 +22,11 @@ struct Reply {
 
 class SomService {
   public:
-    // `statePath` may be empty: then nothing persists.
-    SomService(Scenario scenario, std::string statePath);
+    // `statePath` may be empty: then nothing persists. Throws, naming the
+    // file and the problem, when the state file cannot be read or does not
+    // validate; `freshState` starts from the scenario instead of reading it
+    // (the file is replaced at the first change).
+    SomService(Scenario scenario, std::string statePath, bool freshState = false);
 
     Reply Handle(const Request& request);
 
@@ -33,6 +36,9 @@ class SomService {
   private:
     typedef Reply (SomService::*Handler)(const Request&);
 
+    Reply Dispatch(const Request& request);
+    bool ServesClass(const std::string& className) const;
+    void ResetInterruptedRun();
     Reply Persisted(const std::function<uint32_t(State&)>& change);
     void WriteProcessStatus(const char* status, const char* type);
     bool BeginBulk();

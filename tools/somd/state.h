@@ -1,11 +1,12 @@
 // What the reference service remembers across restarts: settings and
 // schedules, priorities, the operating authority, applied updates and the
-// logs. Saved as JSON, atomically (write, fsync, rename), mode 0600, before
+// logs. Saved as compact JSON, atomically (write, fsync, rename), mode 0600, before
 // any change is acknowledged to a client.
 #ifndef QEL_TOOLS_SOMD_STATE_H
 #define QEL_TOOLS_SOMD_STATE_H
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,9 +29,14 @@ struct State {
     std::map<std::string, AliveParameter> alive;
 };
 
-// Reads `path`; a missing file gives a fresh state. Throws
-// std::runtime_error when the file is not valid.
-State LoadState(const std::string& path);
+// Reads `path`; nothing when there is no such file. Throws
+// std::runtime_error, naming the file and the problem, when the file cannot
+// be read or does not validate; the file is left as it is.
+std::optional<State> LoadState(const std::string& path);
+
+// Replaces `path` with `text`: temporary file, write, fsync, rename, fsync of
+// the directory. On any failure (errno set) `path` keeps its old content.
+bool WriteFileAtomically(const std::string& path, const std::string& text);
 
 // Writes the whole state to `path` atomically; false (with errno set) when
 // the file system refused.
