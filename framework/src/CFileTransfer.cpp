@@ -7,6 +7,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -15,11 +16,14 @@
 #include <memory>
 
 #include "CFileUtility.h"
+#include "CTraceUtility.h"
 #include "text_util.h"
 
 namespace {
 
 const std::size_t kLengthFieldWidth = 8;
+const char kTraceSource[] = "CFileTransfer";
+const int kTraceLevelError = 2;
 
 long long NowMs() {
     struct timespec ts;
@@ -161,6 +165,59 @@ class ReplySink {
     char drain_[64 * 1024];
 };
 
+// The value without a comment: a '#' at its start or after a blank begins
+// one, so a '#' inside a path ("/run/a#b.sock") stays part of it.
+std::string WithoutComment(const std::string& value) {
+    for (std::string::size_type at = 0; at < value.size(); ++at) {
+        if (value[at] == '#' && (at == 0 || value[at - 1] == ' ' || value[at - 1] == '\t'))
+            return qel::TrimBlanks(value.substr(0, at));
+    }
+    return value;
+}
+
+// Whole seconds from 0 up to what a millisecond int holds.
+bool ParseTimeout(const std::string& value, int& seconds) {
+    errno = 0;
+    char* end = nullptr;
+    const long parsed = std::strtol(value.c_str(), &end, 10);
+    if (value.empty() || !std::isdigit(static_cast<unsigned char>(value[0])) || *end != '\0' ||
+        errno != 0 || parsed > INT_MAX / 1000)
+        return false;
+    seconds = static_cast<int>(parsed);
+    return true;
+}
+
+bool ReadConfigurationFile(const std::string& configFile, std::string& socketPath,
+                           int& timeoutSeconds, const std::string& traceSource) {
+    std::string path = configFile;
+    if (!path.empty() && path[0] == '/')
+        path = CFileUtility::SystemPath(path);
+    std::ifstream in(path);
+    if (!in)
+        return false;
+    std::string line;
+    while (std::getline(in, line)) {
+        std::string trimmed = qel::TrimBlanks(line);
+        if (trimmed.empty() || trimmed[0] == '#')
+            continue;
+        std::string::size_type eq = trimmed.find('=');
+        if (eq == std::string::npos)
+            continue;
+        std::string key = qel::TrimBlanks(trimmed.substr(0, eq));
+        std::string value = WithoutComment(qel::TrimBlanks(trimmed.substr(eq + 1)));
+        if (key == "socket") {
+            socketPath = value;
+        } else if (key == "timeout" && !ParseTimeout(value, timeoutSeconds)) {
+            CTraceUtility::WriteDebug(traceSource, kTraceLevelError,
+                                      "%s: timeout \"%s\" is not whole seconds from 0 to %d; "
+                                      "the time-out stays %d s",
+                                      configFile.c_str(), value.c_str(), INT_MAX / 1000,
+                                      timeoutSeconds);
+        }
+    }
+    return !socketPath.empty();
+}
+
 }  // namespace
 
 CFileTransfer::CFileTransfer(std::string name, std::string configFile)
@@ -178,40 +235,14 @@ void CFileTransfer::CloseConnection() {
 
 bool CFileTransfer::ReadConfiguration(const std::string& configFile, std::string& socketPath,
                                       int& timeoutSeconds) {
-    std::string path = configFile;
-    if (!path.empty() && path[0] == '/')
-        path = CFileUtility::SystemPath(path);
-    std::ifstream in(path);
-    if (!in)
-        return false;
-    std::string line;
-    while (std::getline(in, line)) {
-        std::string trimmed = qel::TrimBlanks(line);
-        if (trimmed.empty() || trimmed[0] == '#')
-            continue;
-        std::string::size_type eq = trimmed.find('=');
-        if (eq == std::string::npos)
-            continue;
-        std::string key = qel::TrimBlanks(trimmed.substr(0, eq));
-        std::string value = qel::TrimBlanks(trimmed.substr(eq + 1));
-        if (key == "socket") {
-            socketPath = value;
-        } else if (key == "timeout") {
-            char* end = nullptr;
-            long seconds = std::strtol(value.c_str(), &end, 10);
-            if (end != value.c_str() && *end == '\0' && seconds >= 0 && seconds <= INT_MAX / 1000) {
-                timeoutSeconds = static_cast<int>(seconds);
-            }
-        }
-    }
-    return !socketPath.empty();
+    return ReadConfigurationFile(configFile, socketPath, timeoutSeconds, kTraceSource);
 }
 
 int CFileTransfer::SendMessage(std::string message) {
     CloseConnection();
     std::string socketPath;
     int timeoutSeconds = kDefaultTimeoutSeconds;
-    if (!ReadConfiguration(configFile_, socketPath, timeoutSeconds))
+    if (!ReadConfigurationFile(configFile_, socketPath, timeoutSeconds, name_))
         return -1;
     timeoutSeconds_ = timeoutSeconds;
     fd_ = Connect(socketPath, Deadline(timeoutSeconds_));

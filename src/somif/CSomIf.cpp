@@ -40,6 +40,12 @@ std::string CSomIf::getMsgHead(std::string className, const char* func, uint32_t
                                 qel::wire::kMagic, className.c_str(), method.c_str(), 0,
                                 static_cast<unsigned>(bodyLength));
     std::string header;
+    if (written >= static_cast<int>(sizeof buffer)) {
+        const std::string why = "a header of " + std::to_string(written) +
+                                " bytes does not fit the " + std::to_string(sizeof buffer) +
+                                "-byte buffer: not sent";
+        qel::TraceMessage(m_traceName, qel::kLevelError, qel::sig::kGetMsgHead, "%s", why.c_str());
+    }
     if (written > 0) {
         header.assign(buffer, static_cast<std::size_t>(written) < sizeof buffer
                                   ? static_cast<std::size_t>(written)

@@ -57,7 +57,7 @@ int CSomIf::TransMessage(const char* func, std::string className, std::string& b
     const int headerLength = static_cast<int>(header.size());
     if (buffer != nullptr && bufferSize > 0)
         buffer[0] = '\0';
-    if (SendMessage(header + body) == -1)
+    if (!qel::wire::HeaderIsWhole(header) || SendMessage(header + body) == -1)
         return static_cast<int>(qel::wire::kSendFailed);
     const int size =
         bufferSize > static_cast<unsigned long>(INT_MAX) ? INT_MAX : static_cast<int>(bufferSize);

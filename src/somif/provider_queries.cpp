@@ -38,7 +38,7 @@ int ReceiveProvider(CSomIf& som, size_t headerLength, Info& info) {
 template <class Info>
 int Query(CSomIf& som, const std::string& className, Info& info) {
     const std::string header = som.getMsgHead(className, kGetProviderManageInfo, 0);
-    if (som.SendMessage(header) < 0)
+    if (!qel::wire::HeaderIsWhole(header) || som.SendMessage(header) < 0)
         return static_cast<int>(qel::wire::kSendFailed);
     int rc = som.RecvProviderManageInfo(header.size(), info);
     return rc < 0 ? static_cast<int>(qel::wire::kReceiveFailed) : rc;

@@ -66,7 +66,7 @@ HRESULT CSomIf::getManagerLog(const char* method, const char* body,
         getMsgHead(qel::wire::kLogManager, method, static_cast<uint32_t>(text.size()));
     const int headerLength = static_cast<int>(header.size());
     HRESULT result = -1;
-    if (SendMessage(header + text) != -1) {
+    if (qel::wire::HeaderIsWhole(header) && SendMessage(header + text) != -1) {
         std::unique_ptr<char[]> buffer(new char[qel::wire::kReplyBufferSize]);
         buffer[0] = '\0';
         const int received =

@@ -4,6 +4,8 @@
 #define QEL_SRC_SOMIF_WIRE_H
 
 #include <cstddef>
+#include <cstdlib>
+#include <string>
 
 #include "QelTypes.h"
 
@@ -17,6 +19,13 @@ constexpr unsigned long kMagic = 0xCAFEFEEDUL;
 constexpr int kHeaderFixedLength = 33;
 constexpr std::size_t kHeaderBufferSize = 1024;
 constexpr int kFieldWidth = 8;
+
+// True when the header is as long as its own length field says: a class plus
+// method name too long for kHeaderBufferSize gives a cut header, never sent.
+inline bool HeaderIsWhole(const std::string& header) {
+    return header.size() > static_cast<std::size_t>(kFieldWidth) &&
+           std::strtoul(header.substr(0, kFieldWidth).c_str(), nullptr, 10) == header.size();
+}
 // From the first digit of the result field to the body: result field and
 // body-length field.
 constexpr int kTrailingFieldsLength = 16;

@@ -6,6 +6,7 @@
 
 #include "CFileTransfer.h"
 #include "support/fake_som_service.h"
+#include "support/trace_recorder.h"
 
 namespace {
 
@@ -68,10 +69,42 @@ TEST_F(FileTransferTest, NoUsableServiceFailsTheSend) {
     EXPECT_EQ(transfer.RecvMessage(buffer, 8, 35), -1);  // no connection
 }
 
-TEST_F(FileTransferTest, ConfigurationIsReadAtEachConnect) {
+TEST_F(FileTransferTest, ConfigurationLinesCommentsAndBadValues) {
+    struct Case {
+        const char* text;
+        const char* socket;  // nullptr: no socket line found
+        int timeout;
+        const char* trace;  // the error line's text, or "" for none
+    };
+    const Case cases[] = {
+        {"\n  # comment\n  socket  =  /s  \ntimeout = 0\nunknown=1\n", "/s", 0, ""},
+        {"socket=/s   # the service\ntimeout=300   # seconds\n", "/s", 300, ""},
+        {"socket=/run/a#b.sock\ntimeout=7#x\n", "/run/a#b.sock",
+         CFileTransfer::kDefaultTimeoutSeconds,
+         "/c: timeout \"7#x\" is not whole seconds from 0 to 2147483; the time-out stays 300 s"},
+        {"socket=/s\ntimeout=abc\n", "/s", 300,
+         "/c: timeout \"abc\" is not whole seconds from 0 to 2147483; the time-out stays 300 s"},
+        {"socket=/s\ntimeout=9\ntimeout=-1\n", "/s", 9,
+         "/c: timeout \"-1\" is not whole seconds from 0 to 2147483; the time-out stays 9 s"},
+        {"socket=/s\ntimeout=2147484\n", "/s", 300,
+         "/c: timeout \"2147484\" is not whole seconds from 0 to 2147483; the time-out stays 300 "
+         "s"},
+        {"socket=  # nothing\n", nullptr, 300, ""},
+    };
+    for (const Case& c : cases) {
+        root.WriteFile("/c", c.text);
+        qel_test::TraceRecorder traces;
+        std::string socket;
+        int timeout = CFileTransfer::kDefaultTimeoutSeconds;
+        EXPECT_EQ(CFileTransfer::ReadConfiguration("/c", socket, timeout), c.socket != nullptr)
+            << c.text;
+        EXPECT_EQ(socket, c.socket != nullptr ? c.socket : "") << c.text;
+        EXPECT_EQ(timeout, c.timeout) << c.text;
+        const std::vector<std::string> texts = traces.Texts();
+        EXPECT_EQ(texts.empty() ? "" : texts.front(), c.trace) << c.text;
+    }
+    // Read again at each connect: a moved socket is noticed at once.
     FakeSomService service(root);
-    root.WriteFile(kConfig, "\n  # comment\n  socket  =  " + service.socketPath() +
-                                "  \ntimeout = 0\nunknown=1\n");
     EXPECT_EQ(Exchange(kHeader, 128).size(), 35u);
     root.WriteFile(kConfig, "socket=" + root.root() + "/moved.sock\n");
     EXPECT_EQ(Exchange(kHeader, 128), "<send failed>");

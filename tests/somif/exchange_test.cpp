@@ -27,8 +27,6 @@ TEST(MessageHeaderTest, HeadersNamesAndHandBuiltItems) {
         CMofContents mof;
         mof.ClassName = "VELMORA_NicProvider";
         EXPECT_EQ(som.getMsgHead(mof, "M", 0), som.getMsgHead("VELMORA_NicProvider", "M", 0));
-        // Beyond the 1024-byte header buffer: cut, not overrun.
-        EXPECT_EQ(som.getMsgHead(std::string(2000, 'c'), "M", 0).size(), 1023u);
         const std::pair<const char*, const char*> names[] = {
             {"ExecuteUpdate", "ExecuteUpdate"},
             {"HRESULT CSomIf::ExecuteReboot()", "ExecuteReboot"},
@@ -154,6 +152,38 @@ TEST_F(ExchangeTest, TheThreeExchangeForms) {
     body.clear();
     EXPECT_EQ(som.TransMessage("M", "C", body, buffer.data(), 64), 0);
     EXPECT_EQ(std::string(buffer.data()).size(), 63u);  // the reply stays in the buffer
+}
+
+TEST_F(ExchangeTest, HeadersBeyondTheBufferAreNeverSent) {
+    FakeSomService service(root);
+    TraceRecorder traces;
+    CSomIf som("ex");
+    // 33 fixed bytes + class + method: 1023 still fits the 1024-byte buffer with its NUL.
+    const std::string fits(989, 'c');
+    EXPECT_EQ(som.TransMessage("M", fits, nullptr), 0);
+    EXPECT_EQ(service.LastRequest().bytes, "00001023cafefeed" + fits + "/M0000000000000000");
+    const auto start = std::chrono::steady_clock::now();
+    for (const std::string& className : {fits + "c", std::string(5000, 'c')}) {
+        std::string body = "stale";
+        EXPECT_EQ(som.TransMessage("M", className, body), static_cast<int>(0x80081001u));
+        EXPECT_EQ(body, "");
+        CVelmora_ToolProviderManageInfo tools;
+        EXPECT_EQ(som.GetProviderManageInfo(className, tools), 0x80081001u);
+        // Cut, not overrun, when asked for directly.
+        EXPECT_EQ(som.getMsgHead(className, "M", 0).size(), 1023u);
+    }
+    EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 1);
+    EXPECT_EQ(service.RequestCount(), 1u);
+    std::vector<std::string> errors;
+    for (const auto& line : traces.Lines()) {
+        if (line.level == 2)
+            errors.push_back(line.text);
+    }
+    ASSERT_EQ(errors.size(), 6u);
+    EXPECT_EQ(errors[0],
+              "std::string CSomIf::getMsgHead(std::string, const char*, uint32_t) a header of "
+              "1024 bytes does not fit the 1024-byte buffer: not sent");
+    EXPECT_NE(errors[3].find(" a header of 5034 bytes does not fit"), std::string::npos);
 }
 
 TEST_F(ExchangeTest, FailedExchangesGiveTheirCodesAndAnEmptyText) {
