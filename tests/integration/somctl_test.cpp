@@ -39,7 +39,7 @@ TEST_F(SomctlTest, GoldenTables) {
               "SERVICE     CLASS                ALIVE\n"
               "NicService  VELMORA_NicProvider  yes\n"
               "GpuService  VELMORA_GpuProvider  no\n");
-    EXPECT_EQ(Somctl({"status"}).out, "update process: idle\n");
+    EXPECT_EQ(Somctl({"status"}).out, "service: answering\nupdate process: idle\n");
     EXPECT_EQ(Somctl({"name", "PCIROOT-10DE-1EB8-0000"}).out,
               "PCIROOT-10DE-1EB8-0000: NVIDIA Corporation TU104GL [Tesla T4]\n");
     EXPECT_EQ(Somctl({"log", "result"}).out, "the result log is empty\n");
@@ -88,8 +88,59 @@ TEST_F(SomctlTest, ExitCodesByKindOfFailure) {
     somd.Stop();
     Outcome down = Somctl({"versions"});
     EXPECT_EQ(down.code, somctl::kUnreachable);
-    EXPECT_NE(down.err.find("not reachable"), std::string::npos);
-    EXPECT_EQ(Somctl({"status"}).code, somctl::kOk);  // a local file: no service needed
+    EXPECT_NE(down.err.find("not running ("), std::string::npos);
+    EXPECT_EQ(Somctl({"status"}).code, somctl::kUnreachable);
+}
+
+// Every value is checked before anything is sent: each of these is refused
+// with exit 2 and an error naming the field, and the stored record is unchanged.
+TEST_F(SomctlTest, InvalidValuesRefusedBeforeSending) {
+    const std::string before = Somctl({"--json", "update-setting"}).out;
+    const std::vector<std::vector<std::string>> refused = {
+        {"update-setting", "set", "IsAutoSetting=ture"},
+        {"update-setting", "set", "Time=25:99"},
+        {"update-setting", "set", "RepeatType=12abc"},
+        {"update-setting", "set", "RepeatType=99999999999"},
+        {"update-setting", "set", "DayOfWeek=Funday"},
+        {"update-setting", "bogus"},
+        {"download-setting", "set", "ProxyPort=http"},
+        {"priority", "set", "VELMORA_UpdateManager", "UpdatePriority=-5"},
+        {"priority", "set", "VELMORA_UpdateManager"},
+        {"plans", "--bogus"},
+        {"--app-key"},
+        {"--app-key", "team;alice", "authority", "take"},
+        {"--app-key", "\xff", "authority", "take"},
+        {"--bogus", "status"},
+        {"name", "8086:1533"},
+        {"providers", "tool", "VELMORA_NicProvider"},
+        {"providers", "device", "NoSuch"},
+    };
+    for (const auto& args : refused) {
+        Outcome run = Somctl(args);
+        EXPECT_EQ(run.code, somctl::kUsage) << args.back();
+        EXPECT_FALSE(run.err.empty()) << args.back();
+    }
+    EXPECT_EQ(Somctl({"--json", "update-setting"}).out, before);
+    for (const auto& args :
+         {std::vector<std::string>{"--json"}, std::vector<std::string>{"--json", "bogus\xff"},
+          std::vector<std::string>{"--json", "--help"}}) {
+        EXPECT_NO_THROW(nlohmann::json::parse(Somctl(args).out)) << args.back();
+    }
+}
+
+// A change refuses while another key holds the operating authority, and a
+// change that goes ahead leaves the authority as it found it.
+TEST_F(SomctlTest, ChangesHonourTheAuthority) {
+    ASSERT_EQ(Somctl({"update-setting", "set", "RepeatType=2"}).code, somctl::kOk);
+    EXPECT_EQ(Somctl({"--app-key", "other", "authority", "take"}).code, somctl::kOk);
+    for (const auto& args : {std::vector<std::string>{"update-setting", "set", "RepeatType=3"},
+                             std::vector<std::string>{"update"}}) {
+        Outcome run = Somctl(args);
+        EXPECT_EQ(run.code, somctl::kServiceError) << args[0];
+        EXPECT_NE(run.err.find("another application key"), std::string::npos);
+    }
+    EXPECT_EQ(Somctl({"--app-key", "other", "update-setting", "set", "RepeatType=4"}).code, 0);
+    EXPECT_EQ(Somctl({"--app-key", "other", "authority", "release"}).code, somctl::kOk);
 }
 
 }  // namespace

@@ -1,10 +1,18 @@
 #include "output.h"
 
-#include <algorithm>
-#include <cstdio>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
-#include "common/service_codes.h"
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "CFileTransfer.h"
+#include "CResultCode.h"
 #include "somctl.h"
+#include "somif/wire.h"
 
 namespace somctl {
 
@@ -50,21 +58,59 @@ void Output::Message(const std::string& text) {
     }
 }
 
+std::string UnreachableReason() {
+    std::string path;
+    int timeout = 0;
+    if (!CFileTransfer::ReadConfiguration(qel::wire::kSocketConfig, path, timeout))
+        return std::string("no socket line in ") + qel::wire::kSocketConfig;
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path)
+        return "the socket path " + path + " is too long";
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    // Connecting again tells why the call failed; the library only says that it did.
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int rc = fd < 0 ? -1 : connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    const int error = errno;
+    if (fd >= 0)
+        close(fd);
+    if (rc == 0)
+        return "the SOM service at " + path + " accepted a connection but the call failed";
+    if (error == EACCES || error == EPERM)
+        return "permission denied on " + path;
+    if (error == ENOENT || error == ECONNREFUSED)
+        return "the SOM service is not running (" + path + ": " + std::strerror(error) + ")";
+    return "cannot connect to " + path + ": " + std::strerror(error);
+}
+
+std::string NoReplyReason() {
+    std::string path;
+    int timeout = CFileTransfer::kDefaultTimeoutSeconds;
+    CFileTransfer::ReadConfiguration(qel::wire::kSocketConfig, path, timeout);
+    return "the SOM service at " + path + " did not answer within the time-out of " +
+           std::to_string(timeout) + " s (timeout= in " + qel::wire::kSocketConfig + ")";
+}
+
 int Output::Result(const std::string& operation, HRESULT rc) {
     const uint32_t code = static_cast<uint32_t>(rc);
-    if (code == 0)
+    if (code == CResultCode::kOk)
         return kOk;
     int exitCode = kServiceError;
     std::string message;
-    if (code == 0x80081001u) {
+    if (code == CResultCode::kNotSent) {
         exitCode = kUnreachable;
-        message = "the SOM service is not reachable (is somd running? see socket.conf)";
-    } else if (code == 0x80081101u) {
+        message = UnreachableReason();
+    } else if (code == CResultCode::kNoReply) {
         exitCode = kNoReply;
-        message = "the SOM service did not answer";
+        message = NoReplyReason();
     } else {
-        message = somd::DescribeServiceCode(code);
+        message = CResultCode::Describe(code);
     }
+    return Fail(operation, code, message, exitCode);
+}
+
+int Output::Fail(const std::string& operation, uint32_t code, const std::string& message,
+                 int exitCode) {
     char hex[16];
     std::snprintf(hex, sizeof hex, "0x%08x", code);
     if (json_) {

@@ -31,18 +31,26 @@ class Output {
     bool json() const { return json_; }
     std::ostream& out() { return out_; }
     // Prints a JSON document (only in JSON mode) or a table.
-    void Json(const nlohmann::json& document) { out_ << document.dump(2) << "\n"; }
+    // Bytes that are not UTF-8 are shown as U+FFFD rather than stopping the dump.
+    void Json(const nlohmann::json& document) {
+        out_ << document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << "\n";
+    }
     void Print(const Table& table, const char* empty = "nothing to show");
     void Message(const std::string& text);
     // Reports a failed call and returns its exit code; 0 for success.
     int Result(const std::string& operation, HRESULT rc);
     int Usage(const std::string& text);
+    // Reports a failure with its code and message; returns exitCode.
+    int Fail(const std::string& operation, uint32_t code, const std::string& message, int exitCode);
 
   private:
     std::ostream& out_;
     std::ostream& err_;
     bool json_;
 };
+
+// Why a call returned "not sent", found by connecting to the socket again.
+std::string UnreachableReason();
 
 // A secret shown as stars (empty stays empty).
 std::string Masked(const std::string& secret);

@@ -1,20 +1,29 @@
 #include "somctl.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cctype>
+#include <cerrno>
 #include <chrono>
+#include <climits>
+#include <cstdlib>
 #include <cstdio>
 #include <functional>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <thread>
 
 #include "CFileUtility.h"
 #include "CMofReader.h"
+#include "CResultCode.h"
 #include "CSomIf.h"
 #include "common/record_json.h"
 #include "output.h"
+#include "somif/wire.h"
 
 namespace somctl {
 namespace {
@@ -62,6 +71,73 @@ class Spinner {
     std::thread thread_;
 };
 
+// Reads a whole decimal integer within [low, high]; no trailing text, no overflow.
+bool ParseInteger(const std::string& text, long long low, long long high, long long& value) {
+    if (text.empty() || std::isspace(static_cast<unsigned char>(text[0])))
+        return false;
+    errno = 0;
+    char* end = nullptr;
+    value = std::strtoll(text.c_str(), &end, 10);
+    return errno == 0 && *end == '\0' && value >= low && value <= high;
+}
+
+bool IsTimeOfDay(const std::string& text) {
+    long long hours = 0, minutes = 0;
+    return text.size() == 5 && text[2] == ':' &&
+           std::isdigit(static_cast<unsigned char>(text[0])) &&
+           std::isdigit(static_cast<unsigned char>(text[3])) &&
+           ParseInteger(text.substr(0, 2), 0, 23, hours) &&
+           ParseInteger(text.substr(3, 2), 0, 59, minutes);
+}
+
+bool IsDayName(const std::string& text) {
+    static const char* const kDays[] = {"Monday", "Tuesday",  "Wednesday", "Thursday",
+                                        "Friday", "Saturday", "Sunday"};
+    for (const char* day : kDays) {
+        if (text == day)
+            return true;
+    }
+    return false;
+}
+
+// Checks one value against what its field accepts; on failure names both.
+bool CheckValue(const std::string& name, const std::string& value, nlohmann::json& field,
+                std::string& error) {
+    long long number = 0;
+    if (field.is_boolean()) {
+        if (value != "true" && value != "false") {
+            error = name + " accepts true or false, not '" + value + "'";
+            return false;
+        }
+        field = value == "true";
+    } else if (field.is_number_unsigned()) {
+        if (!ParseInteger(value, 0, UINT_MAX, number)) {
+            error = name + " accepts a whole number from 0 to " + std::to_string(UINT_MAX);
+            return false;
+        }
+        field = static_cast<unsigned>(number);
+    } else if (field.is_number()) {
+        if (!ParseInteger(value, INT_MIN, INT_MAX, number)) {
+            error = name + " accepts a whole number from " + std::to_string(INT_MIN) + " to " +
+                    std::to_string(INT_MAX);
+            return false;
+        }
+        field = static_cast<int>(number);
+    } else if (name == "Time" && !value.empty() && !IsTimeOfDay(value)) {
+        error = "Time accepts HH:MM (00:00 to 23:59), not '" + value + "'";
+        return false;
+    } else if (name == "DayOfWeek" && !value.empty() && !IsDayName(value)) {
+        error = "DayOfWeek accepts Monday to Sunday, not '" + value + "'";
+        return false;
+    } else if (name == "ProxyPort" && !value.empty() && !ParseInteger(value, 1, 65535, number)) {
+        error = "ProxyPort accepts a port from 1 to 65535, not '" + value + "'";
+        return false;
+    } else {
+        field = value;
+    }
+    return true;
+}
+
 // Applies name=value arguments to a record through its JSON form; the
 // existing value's type decides how the text is read.
 template <class Record>
@@ -74,24 +150,63 @@ bool ApplyAssignments(Record& record, const Args& args, std::size_t first, std::
             error = "unknown setting '" + name + "'";
             return false;
         }
-        const std::string value = args[i].substr(eq + 1);
-        nlohmann::json& field = doc[name];
-        try {
-            if (field.is_boolean()) {
-                field = value == "true" || value == "1" || value == "yes";
-            } else if (field.is_number()) {
-                field = std::stoll(value);
-            } else {
-                field = value;
-            }
-        } catch (const std::exception&) {
-            error = "'" + value + "' is not a number";
+        if (!CheckValue(name, args[i].substr(eq + 1), doc[name], error))
             return false;
-        }
     }
     record = doc.get<Record>();
     return true;
 }
+
+// Held around every change. The operating authority is a lock that applications
+// honour: a change refuses while another key holds it, and otherwise takes it for
+// this key for the change's length (keeping it when this key held it already).
+// Two somctl runs with the same key pass that check together, so the
+// read-modify-write of a record is also serialised by an flock on socket.conf,
+// a file every somctl of the installation can open and that nobody rewrites.
+class ChangeGuard {
+  public:
+    explicit ChangeGuard(Context& c) : c_(c) {}
+    ~ChangeGuard() {
+        if (tookAuthority_)
+            c_.som.ReleaseOperatingAuthority(kUpdateManager, c_.appKey);
+        if (lockFd_ >= 0)
+            close(lockFd_);  // releases the flock
+    }
+    ChangeGuard(const ChangeGuard&) = delete;
+    ChangeGuard& operator=(const ChangeGuard&) = delete;
+
+    // 0 when the change may go ahead, else the exit code already reported.
+    int Acquire(const std::string& operation) {
+        lockFd_ =
+            open(CFileUtility::SystemPath(qel::wire::kSocketConfig).c_str(), O_RDONLY | O_CLOEXEC);
+        if (lockFd_ >= 0) {
+            while (flock(lockFd_, LOCK_EX) != 0 && errno == EINTR) {
+            }
+        }
+        // Releasing with a key nobody uses tells whether anyone holds it, changing nothing.
+        const HRESULT probe = c_.som.ReleaseOperatingAuthority(
+            kUpdateManager, "somctl-probe-" + std::to_string(getpid()));
+        if (CResultCode::IsTransport(static_cast<uint32_t>(probe)))
+            return c_.output.Result(operation, probe);
+        const HRESULT taken = c_.som.GetOperatingAuthority(kUpdateManager, c_.appKey);
+        if (static_cast<uint32_t>(taken) == CResultCode::kAuthorityHeld) {
+            return c_.output.Fail(operation, CResultCode::kAuthorityHeld,
+                                  "refused: another application key holds the operating "
+                                  "authority (this run uses '" +
+                                      c_.appKey + "')",
+                                  kServiceError);
+        }
+        if (int rc = c_.output.Result(operation, taken))
+            return rc;
+        tookAuthority_ = probe == 0;
+        return kOk;
+    }
+
+  private:
+    Context& c_;
+    int lockFd_ = -1;
+    bool tookAuthority_ = false;
+};
 
 nlohmann::json MaskedSetting(const CVELMORA_DownloadSetting& setting) {
     nlohmann::json doc = setting;
@@ -111,17 +226,22 @@ void PrintFields(Output& output, const nlohmann::json& doc) {
 
 // --- Commands ----------------------------------------------------------------
 
-int Status(Context& c, const Args&) {
+int Status(Context& c, const Args& args) {
+    if (args.size() > 1)
+        return c.output.Usage("usage: somctl status");
     LONG status = 0;
     c.som.GetQELStatus(status);
+    std::vector<CVELMORA_QelVersionInfo> versions;  // any cheap call tells whether it answers
+    if (int rc = c.output.Result("status", c.som.CollectQelVersion(versions)))
+        return rc;
     const char* text = status == 0x8003   ? "downloading"
                        : status == 0x8002 ? "rolling back"
                        : status == 0x8001 ? "updating"
                                           : "idle";
     if (c.output.json()) {
-        c.output.Json({{"ok", true}, {"status", text}, {"code", status}});
+        c.output.Json({{"ok", true}, {"service", "answering"}, {"status", text}, {"code", status}});
     } else {
-        c.output.out() << "update process: " << text << "\n";
+        c.output.out() << "service: answering\nupdate process: " << text << "\n";
     }
     return kOk;
 }
@@ -180,12 +300,16 @@ int Log(Context& c, const Args& args) {
 
 int Plans(Context& c, const Args& args) {
     bool rollback = false;
+    bool named = false;
     std::string className = kUpdateManager;
     for (std::size_t i = 1; i < args.size(); ++i) {
         if (args[i] == "--rollback") {
             rollback = true;
+        } else if (args[i].empty() || args[i][0] == '-' || named) {
+            return c.output.Usage("usage: plans [--rollback] [CLASS]");
         } else {
             className = args[i];
+            named = true;
         }
     }
     std::vector<CVELMORA_UpdatePlans> plans;
@@ -206,13 +330,21 @@ int Plans(Context& c, const Args& args) {
 }
 
 int DownloadSetting(Context& c, const Args& args) {
+    const bool set = args.size() > 1 && args[1] == "set";
+    if (args.size() > 1 && !set)
+        return c.output.Usage("usage: download-setting [set NAME=VALUE...]");
+    ChangeGuard guard(c);
+    if (set) {
+        if (int rc = guard.Acquire("download-setting set"))
+            return rc;
+    }
     CVELMORA_DownloadSetting setting;
     CVELMORA_DownloadSchedule schedule;
     if (int rc = c.output.Result("download-setting get",
                                  c.som.GetAutoDownloadSetting(setting, schedule))) {
         return rc;
     }
-    if (args.size() > 1 && args[1] == "set") {
+    if (set) {
         std::string error;
         // Each name belongs to the setting or to the schedule.
         for (std::size_t i = 2; i < args.size(); ++i) {
@@ -242,11 +374,19 @@ int DownloadSetting(Context& c, const Args& args) {
 }
 
 int UpdateSetting(Context& c, const Args& args) {
+    const bool set = args.size() > 1 && args[1] == "set";
+    if (args.size() > 1 && !set)
+        return c.output.Usage("usage: update-setting [set NAME=VALUE...]");
+    ChangeGuard guard(c);
+    if (set) {
+        if (int rc = guard.Acquire("update-setting set"))
+            return rc;
+    }
     CVELMORA_UpdateSchedule schedule;
     if (int rc = c.output.Result("update-setting get", c.som.GetAutoUpdateSetting(schedule))) {
         return rc;
     }
-    if (args.size() > 1 && args[1] == "set") {
+    if (set) {
         std::string error;
         if (!ApplyAssignments(schedule, args, 2, error))
             return c.output.Usage(error);
@@ -265,14 +405,17 @@ int UpdateSetting(Context& c, const Args& args) {
 }
 
 int Priority(Context& c, const Args& args) {
-    if (args.size() < 3 || args[1] != "set") {
-        return c.output.Usage("usage: priority set CLASS name=value...");
+    if (args.size() < 4 || args[1] != "set") {
+        return c.output.Usage("usage: priority set CLASS NAME=VALUE...");
     }
     CVelmora_PriorityUpdateParam param;
     param.AppKey = c.appKey;
     std::string error;
     if (!ApplyAssignments(param, args, 3, error))
         return c.output.Usage(error);
+    ChangeGuard guard(c);
+    if (int rc = guard.Acquire("priority set"))
+        return rc;
     if (int rc = c.output.Result("priority set", c.som.SetUpdatePriority(args[2], param)))
         return rc;
     c.output.Message("priority saved");
@@ -296,8 +439,13 @@ int Authority(Context& c, const Args& args) {
 
 int Bulk(Context& c, const Args& args) {
     const std::string what = args[0];
+    if (args.size() > 1)
+        return c.output.Usage("usage: somctl " + what);
     HRESULT rc = 0;
     LONG reboot = 0;
+    ChangeGuard guard(c);
+    if (int exit = guard.Acquire(what))
+        return exit;
     {
         Spinner spinner(what, !c.output.json());
         if (what == "download") {
@@ -346,10 +494,36 @@ int PrintProvider(Context& c, const Info& info, const std::vector<Item>& items, 
     return kOk;
 }
 
+bool IsRegistered(const strpairvect_t& services, const std::string& className) {
+    for (const auto& service : services) {
+        if (service.second == className)
+            return true;
+    }
+    return false;
+}
+
+// The registered services say which classes are device and which tool providers.
+int CheckProviderClass(Context& c, const std::string& kind, const std::string& className) {
+    strpairvect_t devices, tools;
+    c.som.GetDeviceService(devices);
+    c.som.GetToolService(tools);
+    const bool device = IsRegistered(devices, className);
+    const bool tool = IsRegistered(tools, className);
+    if ((kind == "device" && device) || (kind == "tool" && tool))
+        return kOk;
+    if (device || tool) {
+        return c.output.Usage(className + " is a " + (device ? "device" : "tool") +
+                              " provider, not a " + kind + " provider");
+    }
+    return c.output.Usage("no " + kind + " provider class '" + className + "' is registered");
+}
+
 int Providers(Context& c, const Args& args) {
     if (args.size() < 3 || (args[1] != "device" && args[1] != "tool")) {
         return c.output.Usage("usage: providers device|tool CLASS");
     }
+    if (int rc = CheckProviderClass(c, args[1], args[2]))
+        return rc;
     if (args[1] == "device") {
         CVelmora_DevProviderManageInfo info;
         if (int rc = c.output.Result("providers", c.som.GetProviderManageInfo(args[2], info))) {
@@ -465,9 +639,30 @@ int Monitor(Context& c, const Args& args) {
     return kOk;
 }
 
+bool IsHex(const std::string& text, std::size_t from, std::size_t count) {
+    for (std::size_t i = from; i < from + count; ++i) {
+        if (i >= text.size() || !std::isxdigit(static_cast<unsigned char>(text[i])))
+            return false;
+    }
+    return true;
+}
+
+// The library names a device from the hex numbers at offsets 8 and 13 and names
+// every identifier without "-" after the firmware ("BIOS/EFI") or the BMC, so a
+// "8086:1533" would be named "BIOS/EFI": only the dashed form is accepted.
+bool IsDeviceId(const std::string& id) {
+    return id.size() >= 17 && id[7] == '-' && id[12] == '-' && IsHex(id, 8, 4) && IsHex(id, 13, 4);
+}
+
 int Name(Context& c, const Args& args) {
     if (args.size() != 2)
         return c.output.Usage("usage: name DEVICE-ID");
+    if (!IsDeviceId(args[1])) {
+        return c.output.Usage(
+            "DEVICE-ID accepts PREFIX-VVVV-DDDD... (vendor and device in hex at "
+            "offsets 8 and 13, e.g. PCIROOT-8086-1533-0000), not '" +
+            args[1] + "'");
+    }
     CVelmora_DeviceInfo device;
     device.DeviceId = args[1];
     c.som.GetDeviceName(device);
@@ -521,12 +716,17 @@ int Exec(Context& c, const Args& args) {
             doc[entry.first] = "(object)";
         }
     }
+    const auto returned = doc.find("ReturnValue");
+    const bool failed = returned != doc.end() && returned->is_number() && *returned != 0;
     if (c.output.json()) {
-        c.output.Json({{"ok", true}, {"output", doc}});
+        c.output.Json({{"ok", !failed}, {"output", doc}});
     } else {
         PrintFields(c.output, doc);
     }
-    return kOk;
+    if (failed && !c.output.json())
+        c.output.Fail("exec " + args[2], 0, "the method returned " + returned->dump(),
+                      kServiceError);
+    return failed ? kServiceError : kOk;
 }
 
 struct Command {
@@ -556,12 +756,37 @@ const Command kCommands[] = {
     {"exec", "exec CLASS METHOD [NAME=VALUE...]  call any method", Exec},
 };
 
+const char kVersion[] = "somctl 1.0.0";
+
 void Help(std::ostream& out) {
     out << "usage: somctl [--json] [--app-key KEY] COMMAND [ARGS]\n\n"
            "Operates the SOM service through libqel_SomIf.\n\ncommands:\n";
     for (const Command& command : kCommands)
         out << "  " << command.synopsis << "\n";
-    out << "\nexit codes: 0 ok, 2 usage, 3 service not reachable, 4 no reply, 5 service error\n";
+    out << "\noptions: --json, --app-key KEY, --version, --help\n"
+           "exit codes: 0 ok, 2 usage or invalid value, 3 service not reachable, 4 no reply, "
+           "5 service error\n";
+}
+
+// An application key travels as an item of the wire text: no item separator,
+// no control bytes, nothing that is not printable ASCII.
+bool IsSendableKey(const std::string& key) {
+    if (key.empty())
+        return false;
+    for (unsigned char ch : key) {
+        if (ch < 0x21 || ch > 0x7e || ch == ';')
+            return false;
+    }
+    return true;
+}
+
+// Shows text (help, version) as is, or inside a JSON document.
+int Show(Output& output, const std::string& key, const std::string& text, int code) {
+    if (output.json())
+        output.Json({{"ok", code == kOk}, {key, text}});
+    else
+        output.out() << text;
+    return code;
 }
 
 }  // namespace
@@ -569,27 +794,47 @@ void Help(std::ostream& out) {
 int RunSomctl(const std::vector<std::string>& allArgs, std::ostream& out, std::ostream& err) {
     bool json = false;
     std::string appKey = kDefaultAppKey;
+    std::string problem;
     Args args;
     for (std::size_t i = 0; i < allArgs.size(); ++i) {
-        if (allArgs[i] == "--json") {
+        const std::string& arg = allArgs[i];
+        if (!args.empty()) {
+            args.push_back(arg);  // the command's own arguments
+        } else if (arg == "--json") {
             json = true;
-        } else if (allArgs[i] == "--app-key" && i + 1 < allArgs.size()) {
-            appKey = allArgs[++i];
+        } else if (arg == "--app-key") {
+            if (i + 1 >= allArgs.size() || allArgs[i + 1].empty() || allArgs[i + 1][0] == '-') {
+                problem = "--app-key needs a value";
+            } else {
+                appKey = allArgs[++i];
+                if (!IsSendableKey(appKey))
+                    problem = "--app-key accepts printable ASCII without blanks or ';'";
+            }
+        } else if (arg == "--version" || arg == "--help" || arg == "-h" || arg == "help") {
+            args.push_back(arg);
+        } else if (!arg.empty() && arg[0] == '-') {
+            problem = problem.empty() ? "unknown option '" + arg + "'" : problem;
         } else {
-            args.push_back(allArgs[i]);
+            args.push_back(arg);
         }
     }
     Output output(out, err, json);
-    if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
-        Help(out);
-        return args.empty() ? kUsage : kOk;
-    }
+    if (!problem.empty())
+        return output.Usage(problem);
+    std::ostringstream help;
+    Help(help);
+    if (args.empty())
+        return Show(output, "usage", help.str(), kUsage);
+    if (args[0] == "--version")
+        return Show(output, "version", std::string(kVersion) + "\n", kOk);
+    if (args[0] == "--help" || args[0] == "-h" || args[0] == "help")
+        return Show(output, "usage", help.str(), kOk);
     for (const Command& command : kCommands) {
         if (args[0] != command.name)
             continue;
         if (args.size() > 1 && (args[1] == "--help" || args[1] == "-h")) {
-            out << "usage: somctl " << command.synopsis << "\n";
-            return kOk;
+            return Show(output, "usage", std::string("usage: somctl ") + command.synopsis + "\n",
+                        kOk);
         }
         CSomIf som("somctl");
         Context context{som, output, appKey};
