@@ -10,10 +10,11 @@
 //                                # whole receive; 0 waits without limit
 //
 // Blanks around keys and values are trimmed; lines starting with '#' and
-// empty lines are ignored. An absolute configuration path is resolved
-// through CFileUtility::SystemPath; the socket path inside it is used as
-// written. Nothing here raises SIGPIPE, writes outside the caller's buffer,
-// or waits past the time-out.
+// empty lines are ignored, and a '#' at the start of a value or after a blank
+// begins a comment. A time-out that is not whole seconds is reported in the
+// trace (level 2) and the one before it (at first 300) is kept. An absolute configuration path is
+// resolved through CFileUtility::SystemPath; the socket path inside it is used as written. Nothing
+// here raises SIGPIPE, writes outside the caller's buffer, or waits past the time-out.
 //
 // An object serves one exchange at a time; separate objects are independent.
 #ifndef QEL_CFILETRANSFER_H
@@ -51,13 +52,31 @@ class QEL_FRAMEWORK_API CFileTransfer {
     static bool ReadConfiguration(const std::string& configFile, std::string& socketPath,
                                   int& timeoutSeconds);
 
+    // Where the last SendMessage or RecvMessage failed, kNone after success.
+    enum class Stage { kNone, kConfiguration, kConnect, kSend, kReceive };
+    Stage LastFailedStage() const { return lastFailedStage_; }
+    // The errno of that failure: ETIMEDOUT when the time-out expired; from
+    // the connect ENOENT, ECONNREFUSED, EACCES, ENAMETOOLONG (the path does
+    // not fit a socket address); ECONNRESET when the service closed before a
+    // whole header; for the configuration the error of opening the file, or
+    // 0 when it has no `socket` line.
+    int LastErrno() const { return lastErrno_; }
+    // The socket path and the time-out read at the last SendMessage.
+    const std::string& SocketPath() const { return socketPath_; }
+    int TimeoutSeconds() const { return timeoutSeconds_; }
+
   private:
     void CloseConnection();
+    // Records where and why (errno) an exchange failed; returns -1.
+    int Fail(Stage stage);
 
     std::string name_;
     std::string configFile_;
     int fd_ = -1;
     int timeoutSeconds_ = kDefaultTimeoutSeconds;
+    std::string socketPath_;
+    Stage lastFailedStage_ = Stage::kNone;
+    int lastErrno_ = 0;
 };
 
 #endif  // QEL_CFILETRANSFER_H

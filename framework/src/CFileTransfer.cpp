@@ -55,14 +55,18 @@ class Deadline {
 // Waits until `fd` is ready for `events`; false on time-out or error.
 bool WaitFor(int fd, short events, const Deadline& deadline) {
     for (;;) {
-        if (deadline.Expired())
+        if (deadline.Expired()) {
+            errno = ETIMEDOUT;
             return false;
+        }
         struct pollfd p = {fd, events, 0};
         int n = poll(&p, 1, deadline.RemainingMs());
         if (n > 0)
             return true;  // readiness, hang-up or error: the next call tells
-        if (n == 0)
+        if (n == 0) {
+            errno = ETIMEDOUT;
             return false;
+        }
         if (errno != EINTR)
             return false;
     }
@@ -72,8 +76,10 @@ int Connect(const std::string& path, const Deadline& deadline) {
     struct sockaddr_un addr;
     std::memset(&addr, 0, sizeof addr);
     addr.sun_family = AF_UNIX;
-    if (path.empty() || path.size() >= sizeof addr.sun_path)
+    if (path.empty() || path.size() >= sizeof addr.sun_path) {
+        errno = ENAMETOOLONG;
         return -1;
+    }
     std::memcpy(addr.sun_path, path.data(), path.size());
 
     int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
@@ -86,8 +92,10 @@ int Connect(const std::string& path, const Deadline& deadline) {
             continue;
         if (errno == EAGAIN) {
             // The listener's backlog is full: try again until the deadline.
-            if (deadline.Expired())
+            if (deadline.Expired()) {
+                errno = ETIMEDOUT;
                 break;
+            }
             struct timespec pause = {0, 2 * 1000 * 1000};
             nanosleep(&pause, nullptr);
             continue;
@@ -97,10 +105,13 @@ int Connect(const std::string& path, const Deadline& deadline) {
             socklen_t size = sizeof error;
             if (getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0)
                 return fd;
+            errno = error;
         }
         break;
     }
+    const int why = errno;
     close(fd);
+    errno = why;
     return -1;
 }
 
@@ -192,9 +203,13 @@ bool ReadConfigurationFile(const std::string& configFile, std::string& socketPat
     std::string path = configFile;
     if (!path.empty() && path[0] == '/')
         path = CFileUtility::SystemPath(path);
+    errno = 0;
     std::ifstream in(path);
-    if (!in)
+    if (!in) {
+        if (errno == 0)
+            errno = ENOENT;
         return false;
+    }
     std::string line;
     while (std::getline(in, line)) {
         std::string trimmed = qel::TrimBlanks(line);
@@ -215,6 +230,7 @@ bool ReadConfigurationFile(const std::string& configFile, std::string& socketPat
                                       timeoutSeconds);
         }
     }
+    errno = 0;
     return !socketPath.empty();
 }
 
@@ -225,6 +241,12 @@ CFileTransfer::CFileTransfer(std::string name, std::string configFile)
 
 CFileTransfer::~CFileTransfer() {
     CloseConnection();
+}
+
+int CFileTransfer::Fail(Stage stage) {
+    lastFailedStage_ = stage;
+    lastErrno_ = stage == Stage::kNone ? 0 : errno;
+    return -1;
 }
 
 void CFileTransfer::CloseConnection() {
@@ -240,15 +262,17 @@ bool CFileTransfer::ReadConfiguration(const std::string& configFile, std::string
 
 int CFileTransfer::SendMessage(std::string message) {
     CloseConnection();
-    std::string socketPath;
+    Fail(Stage::kNone);
+    socketPath_.clear();
     int timeoutSeconds = kDefaultTimeoutSeconds;
-    if (!ReadConfigurationFile(configFile_, socketPath, timeoutSeconds, name_))
-        return -1;
+    if (!ReadConfigurationFile(configFile_, socketPath_, timeoutSeconds, name_))
+        return Fail(Stage::kConfiguration);
     timeoutSeconds_ = timeoutSeconds;
-    fd_ = Connect(socketPath, Deadline(timeoutSeconds_));
+    fd_ = Connect(socketPath_, Deadline(timeoutSeconds_));
     if (fd_ < 0)
-        return -1;
+        return Fail(Stage::kConnect);
     if (!SendAll(fd_, message.data(), message.size(), Deadline(timeoutSeconds_))) {
+        Fail(Stage::kSend);
         CloseConnection();
         return -1;
     }
@@ -258,9 +282,12 @@ int CFileTransfer::SendMessage(std::string message) {
 
 int CFileTransfer::RecvMessage(char* buffer, int bufferSize, int headerLength) {
     if (fd_ < 0 || buffer == nullptr || bufferSize <= 0) {
+        errno = fd_ < 0 ? ENOTCONN : EINVAL;
+        Fail(Stage::kReceive);
         CloseConnection();
         return -1;
     }
+    Fail(Stage::kNone);
     const Deadline deadline(timeoutSeconds_);
     std::unique_ptr<ReplySink> sink(new ReplySink(buffer, bufferSize));
 
@@ -273,6 +300,9 @@ int CFileTransfer::RecvMessage(char* buffer, int bufferSize, int headerLength) {
         const char* data = nullptr;
         ssize_t n = sink->Receive(fd_, header - got, deadline, &data);
         if (n <= 0) {
+            if (n == 0)
+                errno = ECONNRESET;  // closed before a whole header
+            Fail(Stage::kReceive);
             CloseConnection();
             buffer[0] = '\0';
             return -1;
@@ -306,6 +336,7 @@ int CFileTransfer::RecvMessage(char* buffer, int bufferSize, int headerLength) {
         if (n == 0)
             break;  // the service closed: keep what came
         if (n < 0) {
+            Fail(Stage::kReceive);
             failed = true;
             break;
         }

@@ -1,6 +1,7 @@
 // The socket transport against a scripted service: bytes, limits and faults.
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <csignal>
 #include <vector>
 
@@ -56,17 +57,41 @@ TEST_F(FileTransferTest, RepliesAreStoredCutOrReadToTheClose) {
     EXPECT_EQ(Exchange(kHeader, 256), "<-1>");
 }
 
-TEST_F(FileTransferTest, NoUsableServiceFailsTheSend) {
-    EXPECT_EQ(Exchange(kHeader, 64), "<send failed>");  // no configuration file
-    for (const std::string& config :
-         {std::string("# comment only\ntimeout=1\n"), "socket=" + root.root() + "/absent.sock\n",
-          "socket=/" + std::string(200, 'x') + "\n"}) {
-        root.WriteFile(kConfig, config);
-        EXPECT_EQ(Exchange(kHeader, 64), "<send failed>") << config;
+TEST_F(FileTransferTest, FailuresTellTheirStageAndErrno) {
+    using Stage = CFileTransfer::Stage;
+    struct Case {
+        std::string config;  // "" : no configuration file
+        Stage stage;
+        int error;
+    };
+    const Case cases[] = {
+        {"", Stage::kConfiguration, ENOENT},
+        {"# comment only\ntimeout=1\n", Stage::kConfiguration, 0},
+        {"socket=" + root.root() + "/absent.sock\n", Stage::kConnect, ENOENT},
+        {"socket=/" + std::string(200, 'x') + "\n", Stage::kConnect, ENAMETOOLONG},
+    };
+    for (const Case& c : cases) {
+        if (!c.config.empty())
+            root.WriteFile(kConfig, c.config);
+        EXPECT_EQ(Exchange(kHeader, 64), "<send failed>") << c.config;
+        CFileTransfer transfer("t", kConfig);
+        EXPECT_EQ(transfer.SendMessage(kHeader), -1);
+        EXPECT_EQ(transfer.LastFailedStage(), c.stage) << c.config;
+        EXPECT_EQ(transfer.LastErrno(), c.error) << c.config;
     }
     CFileTransfer transfer("t", kConfig);
-    char buffer[8];
+    char buffer[64];
     EXPECT_EQ(transfer.RecvMessage(buffer, 8, 35), -1);  // no connection
+    EXPECT_EQ(transfer.LastErrno(), ENOTCONN);
+    FakeSomService service(root, /*timeoutSeconds=*/1);
+    service.Push(Action::Fault(Action::kNeverAnswer));
+    EXPECT_EQ(transfer.SendMessage(kHeader), 35);
+    EXPECT_EQ(transfer.LastFailedStage(), Stage::kNone);
+    EXPECT_EQ(transfer.SocketPath(), service.socketPath());
+    EXPECT_EQ(transfer.TimeoutSeconds(), 1);
+    EXPECT_EQ(transfer.RecvMessage(buffer, 64, 35), -1);
+    EXPECT_EQ(transfer.LastFailedStage(), Stage::kReceive);
+    EXPECT_EQ(transfer.LastErrno(), ETIMEDOUT);
 }
 
 TEST_F(FileTransferTest, ConfigurationLinesCommentsAndBadValues) {
