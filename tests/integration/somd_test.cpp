@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdio>
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -223,6 +224,143 @@ TEST_F(SomdTest, BadRequestsNeverStopTheService) {
               std::string::npos);
     std::vector<CVELMORA_QelVersionInfo> versions;
     EXPECT_EQ(som.CollectQelVersion(versions), 0);
+}
+
+// --- Bytes: any byte sequence is stored and served back as it was sent.
+TEST_F(SomdTest, AnyBytesSurviveAStoreAndARestart) {
+    const std::string bytes[] = {"\xff", "caf\xe9", "\x01hex:4z", "\xc3\xa9"};
+    for (const std::string& value : bytes) {
+        CVELMORA_DownloadSetting setting;
+        setting.ProxyUser = value;
+        ASSERT_EQ(som.SetAutoDownloadSetting(setting, CVELMORA_DownloadSchedule()), 0);
+        ASSERT_EQ(som.AliveMonitorSetParameter("N" + value, value), 0);
+        ASSERT_EQ(som.GetOperatingAuthority(kUpdateManager, value), 0);
+        ASSERT_EQ(somd.Stop(), 0);
+        somd.Start();
+        CVELMORA_DownloadSetting read;
+        CVELMORA_DownloadSchedule schedule;
+        ASSERT_EQ(som.GetAutoDownloadSetting(read, schedule), 0);
+        EXPECT_EQ(read.ProxyUser, value);
+        std::string got;
+        unsigned type = 0;
+        EXPECT_EQ(som.AliveMonitorGetParameter("N" + value, got, type), 0);
+        EXPECT_EQ(got, value);
+        EXPECT_EQ(som.ReleaseOperatingAuthority(kUpdateManager, value), 0);
+    }
+}
+
+// --- State: what was acknowledged comes back; a bad file stops the start.
+TEST_F(SomdTest, AnEmptyMonitorListStaysEmptyAndTheFileStaysCompact) {
+    ASSERT_EQ(som.AliveMonitorClearParameters(), 0);
+    const auto size = [&] {
+        std::ifstream in(somd.StatePath(), std::ios::ate);
+        return static_cast<long>(in.tellg());
+    };
+    const long before = size();
+    for (int i = 0; i < 20; ++i)
+        ASSERT_EQ(som.AliveMonitorClearParameters(), 0);
+    EXPECT_EQ(size(), before);
+    ASSERT_EQ(somd.Stop(), 0);
+    somd.Start();
+    std::string value;
+    unsigned type = 0;
+    EXPECT_NE(som.AliveMonitorGetParameter("Interval", value, type), 0);
+}
+
+TEST_F(SomdTest, AStateFileThatDoesNotValidateStopsTheStartUntouched) {
+    ASSERT_EQ(som.AliveMonitorClearParameters(), 0);
+    ASSERT_EQ(somd.Stop(), 0);
+    std::ostringstream saved;
+    saved << std::ifstream(somd.StatePath()).rdbuf();
+    const std::string good = saved.str();
+    const std::string field = "\"DownloadType\":0";
+    ASSERT_NE(good.find(field), std::string::npos) << good;
+    const auto with = [&](const std::string& replacement) {
+        return std::string(good).replace(good.find(field), field.size(), replacement);
+    };
+    const std::string files[] = {
+        "{}",
+        "not json",
+        with("\"DownloadTyp\":0"),
+        with("\"DownloadType\":1099511627776"),
+        with("\"DownloadType\":1.9"),
+        with("\"DownloadType\":\"2\""),
+        with("\"DownloadType\":0,\"Extra\":1"),
+    };
+    for (const std::string& file : files) {
+        std::ofstream(somd.StatePath(), std::ios::trunc) << file;
+        std::string message;
+        EXPECT_NE(somd.StartExpectingExit(message), 0) << file;
+        EXPECT_NE(message.find(somd.StatePath()), std::string::npos) << message;
+        std::ostringstream after;
+        after << std::ifstream(somd.StatePath()).rdbuf();
+        EXPECT_EQ(after.str(), file);
+    }
+    std::ofstream(somd.StatePath(), std::ios::trunc) << good;
+    somd.Start();
+    EXPECT_EQ(som.AliveMonitorClearParameters(), 0);
+}
+
+// --- Requests: what does not parse, or is not served there, changes nothing.
+TEST_F(SomdTest, UnreadableSettersAndUnservedClassesAreRefused) {
+    CVELMORA_UpdateSchedule update;
+    update.DayOfWeek = "Sunday";
+    ASSERT_EQ(som.SetAutoUpdateSetting(update), 0);
+    const auto frame = [](const std::string& target, const std::string& body) {
+        char tail[32];
+        std::snprintf(tail, sizeof tail, "%08x%08zu", 0u, body.size());
+        char head[16];
+        std::snprintf(head, sizeof head, "%08zu", 8 + 8 + target.size() + 16);
+        return head + std::string("cafefeed") + target + tail + body;
+    };
+    const struct {
+        std::string target, body, code;
+    } cases[] = {
+        {"VELMORA_UpdateManager/SetAutoUpdateSetting", "", "8000a004"},
+        {"VELMORA_UpdateManager/SetAutoUpdateSetting", "garbage;;;", "8000a004"},
+        {"VELMORA_UpdateManager/SetAutoDownloadSetting", "", "8000a004"},
+        {"VELMORA_UpdateManager/SetAutoDownloadSetting", "string;x;\xff;", "8000a004"},
+        {"Bogus/GetOperatingAuthority", "string;AppKey;k;", "8000a003"},
+        {"Bogus/GetUpdatePlans", "", "8000a003"},
+    };
+    for (const auto& c : cases)
+        EXPECT_NE(RawExchange(frame(c.target, c.body)).find(c.code), std::string::npos) << c.target;
+    CVELMORA_UpdateSchedule read;
+    ASSERT_EQ(som.GetAutoUpdateSetting(read), 0);
+    EXPECT_EQ(read.DayOfWeek, "Sunday");
+    EXPECT_EQ(som.ReleaseOperatingAuthority(kUpdateManager, std::string("k")), 0);  // not held
+}
+
+// --- Authority: a request that carries a key is refused while another holds it.
+TEST_F(SomdTest, APriorityFromAnotherKeyIsRefusedWhileTheAuthorityIsHeld) {
+    ASSERT_EQ(som.GetOperatingAuthority(kUpdateManager, "holder"), 0);
+    CVelmora_PriorityUpdateParam priority;
+    priority.AppKey = "other";
+    EXPECT_EQ(som.SetUpdatePriority("VELMORA_NicProvider", priority), kAuthorityHeld);
+    priority.AppKey = "holder";
+    EXPECT_EQ(som.SetUpdatePriority("VELMORA_NicProvider", priority), 0);
+}
+
+// --- ProcessStatus.ini: a run cut short by a kill is reset at the next start.
+TEST_F(SomdTest, AnInterruptedRunIsResetAndLogged) {
+    std::thread run([] {
+        CSomIf client("killed");
+        LONG reboot = 0;
+        client.UpdateAll(reboot);
+    });
+    LONG status = 0;
+    for (int i = 0; i < 200 && status != 0x8001; ++i, usleep(5000))
+        som.GetQELStatus(status);
+    ASSERT_EQ(status, 0x8001);
+    somd.Kill();
+    run.join();
+    somd.Start();
+    som.GetQELStatus(status);
+    EXPECT_EQ(status, 0);
+    std::vector<std::string> lines;
+    ASSERT_EQ(som.CollectResultLog("k", lines), 0);
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_NE(lines[0].find("interrupted"), std::string::npos);
 }
 
 TEST_F(SomdTest, CleanStopOnSigterm) {

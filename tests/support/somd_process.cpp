@@ -51,6 +51,35 @@ int SomdProcess::Stop() {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+int SomdProcess::StartExpectingExit(std::string& message) {
+    int err[2];
+    if (pipe(err) != 0)
+        return -1;
+    const pid_t pid = fork();
+    if (pid == 0) {
+        dup2(err[1], STDERR_FILENO);
+        const std::string work = std::to_string(workMs_);
+        execl(QEL_SOMD_PATH, "somd", "--work-ms", work.c_str(), static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    close(err[1]);
+    int status = 0;
+    for (int i = 0; i < 150 && waitpid(pid, &status, WNOHANG) == 0; ++i)
+        usleep(20000);
+    if (waitpid(pid, &status, WNOHANG) == 0) {
+        kill(pid, SIGKILL);
+        waitpid(pid, &status, 0);
+        status = -1;
+    }
+    char chunk[512];
+    ssize_t n;
+    message.clear();
+    while ((n = read(err[0], chunk, sizeof chunk)) > 0)
+        message.append(chunk, static_cast<std::size_t>(n));
+    close(err[0]);
+    return status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
 void SomdProcess::Kill() {
     if (pid_ <= 0)
         return;

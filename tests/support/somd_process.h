@@ -24,6 +24,10 @@ class SomdProcess {
     int Stop();
     // SIGKILL and wait.
     void Kill();
+    // Starts a somd that is expected to refuse to start: its exit status
+    // (-1 when it was still running after 3 s and was killed), stderr in
+    // `message`.
+    int StartExpectingExit(std::string& message);
     bool running() const { return pid_ > 0; }
     std::string StatePath() const;
 
