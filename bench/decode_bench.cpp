@@ -1,5 +1,6 @@
 // Decoding and encoding throughput against RapidJSON and nlohmann::json on
-// the same content, with a memchr pass over the body as the floor.
+// the same content. Two floors: a memchr pass over the body, and the same
+// output built from values decoded beforehand.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -62,6 +63,8 @@ const std::string& PlansJson(int64_t n) {
     return Cached(c, n, [](int64_t s) { return bench::PlansJson(bench::Plans(s)); });
 }
 
+IWbemClassObject& GenericObject(int64_t n);
+
 // A mutable copy for the readers, which take char*.
 void Run(benchmark::State& state, const std::string& body, const std::function<void(char*)>& read) {
     std::string copy = body;
@@ -90,6 +93,31 @@ void Generic_String2IWbem(benchmark::State& state) {
     Run(state, Generic(state.range(0)), [&](char* text) {
         IWbemClassObject obj;
         codec.String2IWbem(text, obj);
+        benchmark::DoNotOptimize(obj.size());
+    });
+}
+
+// The floor of the generic decoder: the same entries, decoded beforehand,
+// built again through the object's own container (a string per name, a
+// boost::any per value, nested objects rebuilt the same way).
+void CopyEntries(const IWbemClassObject& from, IWbemClassObject& to) {
+    for (const IWbemClassObject::Entry& entry : from) {
+        IWbemClassObject* const* nested = boost::any_cast<IWbemClassObject*>(&entry.second);
+        if (nested == nullptr) {
+            to.push(entry.first, entry.second);
+            continue;
+        }
+        IWbemClassObject* copy = new IWbemClassObject;
+        CopyEntries(**nested, *copy);
+        to.push(entry.first, copy);
+    }
+}
+
+void Floor_Generic(benchmark::State& state) {
+    const IWbemClassObject& decoded = GenericObject(state.range(0));
+    Run(state, Generic(state.range(0)), [&](char*) {
+        IWbemClassObject obj;
+        CopyEntries(decoded, obj);
         benchmark::DoNotOptimize(obj.size());
     });
 }
@@ -147,6 +175,16 @@ void Provider_RecordReader(benchmark::State& state) {
     });
 }
 
+// The floor of the record reader: the same records with their strings and
+// vectors, copied from a decoded provider.
+void Floor_ProviderRecords(benchmark::State& state) {
+    const CVelmora_DevProviderManageInfo& decoded = Provider(state.range(0));
+    Run(state, ProviderText(state.range(0)), [&](char*) {
+        CVelmora_DevProviderManageInfo info = decoded;
+        benchmark::DoNotOptimize(info.DeviceInfo.size());
+    });
+}
+
 void Provider_TreeReader(benchmark::State& state) {
     CProviderManageInfo codec("bench");
     Run(state, ProviderText(state.range(0)), [&](char* text) {
@@ -189,6 +227,18 @@ void Plans_RecordReader(benchmark::State& state) {
     Run(state, PlansText(state.range(0)), [&](char* text) {
         std::vector<CVELMORA_UpdatePlans> plans;
         codec.toObject(text, plans);
+        benchmark::DoNotOptimize(plans.size());
+    });
+}
+
+void Floor_PlansRecords(benchmark::State& state) {
+    static std::map<int64_t, std::vector<CVELMORA_UpdatePlans>> c;
+    auto it = c.find(state.range(0));
+    if (it == c.end())
+        it = c.emplace(state.range(0), bench::Plans(state.range(0))).first;
+    const std::vector<CVELMORA_UpdatePlans>& decoded = it->second;
+    Run(state, PlansText(state.range(0)), [&](char*) {
+        std::vector<CVELMORA_UpdatePlans> plans = decoded;
         benchmark::DoNotOptimize(plans.size());
     });
 }
@@ -330,12 +380,14 @@ void Sizes(benchmark::internal::Benchmark* b) {
 
 BENCHMARK(Floor_MemchrCount)->Apply(Sizes);
 BENCHMARK(Generic_String2IWbem)->Apply(Sizes);
+BENCHMARK(Floor_Generic)->Apply(Sizes);
 BENCHMARK(Generic_RapidJsonDom)->Apply(Sizes);
 BENCHMARK(Generic_Nlohmann)->Apply(Sizes);
 BENCHMARK(StringArray2Array)->Apply(Sizes);
 BENCHMARK(StringArray_RapidJsonDom)->Apply(Sizes);
 BENCHMARK(Provider_String2IWbem)->Apply(Sizes);
 BENCHMARK(Provider_RecordReader)->Apply(Sizes);
+BENCHMARK(Floor_ProviderRecords)->Apply(Sizes);
 BENCHMARK(Provider_TreeReader)->Apply(Sizes);
 BENCHMARK(Provider_TreeReaderTraced)->Apply(Sizes);
 BENCHMARK(Provider_TreeReaderScanning)
@@ -345,6 +397,7 @@ BENCHMARK(Provider_TreeReaderScanning)
 BENCHMARK(Provider_RapidJsonDom)->Apply(Sizes);
 BENCHMARK(Provider_Nlohmann)->Apply(Sizes);
 BENCHMARK(Plans_RecordReader)->Apply(Sizes);
+BENCHMARK(Floor_PlansRecords)->Apply(Sizes);
 BENCHMARK(Plans_TreeReader)->Apply(Sizes);
 BENCHMARK(Plans_RapidJsonDom)->Apply(Sizes);
 BENCHMARK(Registration_TreeReader)->Apply(Sizes);
