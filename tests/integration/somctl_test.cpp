@@ -2,6 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
 #include <sstream>
 
 #include "somctl/somctl.h"
@@ -19,6 +23,29 @@ Outcome Somctl(const std::vector<std::string>& args) {
     std::ostringstream out, err;
     int code = somctl::RunSomctl(args, out, err);
     return Outcome{code, out.str(), err.str()};
+}
+
+// Starts the real somctl binary with its output thrown away; returns its pid.
+pid_t StartSomctl(const std::vector<std::string>& args) {
+    std::vector<std::string> all{QEL_SOMCTL_PATH};
+    all.insert(all.end(), args.begin(), args.end());
+    std::vector<char*> argv;
+    for (std::string& arg : all)
+        argv.push_back(&arg[0]);
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    pid_t pid = -1;
+    posix_spawn(&pid, QEL_SOMCTL_PATH, &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return pid;
+}
+
+int ExitOf(pid_t pid) {
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 class SomctlTest : public ::testing::Test {
@@ -141,6 +168,22 @@ TEST_F(SomctlTest, ChangesHonourTheAuthority) {
     }
     EXPECT_EQ(Somctl({"--app-key", "other", "update-setting", "set", "RepeatType=4"}).code, 0);
     EXPECT_EQ(Somctl({"--app-key", "other", "authority", "release"}).code, somctl::kOk);
+}
+
+// Two somctl processes changing different fields of one record at once: both
+// acknowledged changes are kept, round after round.
+TEST_F(SomctlTest, ConcurrentChangesNeverLost) {
+    for (int round = 0; round < 6; ++round) {
+        const std::string user = "user" + std::to_string(round);
+        const std::string path = "/cache" + std::to_string(round);
+        pid_t a = StartSomctl({"download-setting", "set", "ProxyUser=" + user});
+        pid_t b = StartSomctl({"download-setting", "set", "CacheServerPath=" + path});
+        ASSERT_EQ(ExitOf(a), 0);
+        ASSERT_EQ(ExitOf(b), 0);
+        nlohmann::json doc = nlohmann::json::parse(Somctl({"--json", "download-setting"}).out);
+        EXPECT_EQ(doc["setting"]["ProxyUser"], user);
+        EXPECT_EQ(doc["setting"]["CacheServerPath"], path);
+    }
 }
 
 }  // namespace
