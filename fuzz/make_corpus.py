@@ -53,6 +53,27 @@ for name, (cls, method, req) in calls.items():
     save("reply", name, reply)
     save("somd_request", name, request(cls, method, req))
 
+# Setters, keys and values that are not UTF-8, and requests somd must refuse.
+update_manager = b"VELMORA_UpdateManager"
+setters = {
+    "set_download_setting": (update_manager, b"SetAutoDownloadSetting", bodies["download_setting"]),
+    "set_download_latin1": (update_manager, b"SetAutoDownloadSetting",
+                            bodies["download_setting"].replace(b"ProxyUser;", b"ProxyUser;\xe9", 1)),
+    "set_update_setting": (update_manager, b"SetAutoUpdateSetting", bodies["update_setting"]),
+    "set_update_garbage": (update_manager, b"SetAutoUpdateSetting", b"garbage;;;"),
+    "set_update_empty": (update_manager, b"SetAutoUpdateSetting", b""),
+    "set_priority": (b"VELMORA_NicProvider", b"SetUpdatePriority",
+                     b"class;Velmora_PriorityUpdateParam;;string;AppKey;\xff;long;UpdatePriority;7;"
+                     b"string;VendorName;V;string;DeviceID;D;string;ModuleKind;M;"),
+    "authority_latin1": (update_manager, b"GetOperatingAuthority", b"string;AppKey;\xff\xfe;"),
+    "alive_set_latin1": (b"VELMORA_ToolServiceWD", b"AliveMonitorSetParameter",
+                         b"string;Name;\xff;string;Value;caf\xe9;"),
+    "alive_clear": (b"VELMORA_ToolServiceWD", b"AliveMonitorClearParameter", b""),
+    "unserved_class": (b"Bogus", b"GetOperatingAuthority", b"string;AppKey;k;"),
+}
+for name, (cls, method, req) in setters.items():
+    save("somd_request", name, request(cls, method, req))
+
 for name in ("providers_nic", "providers_gpu", "providers_tool"):
     save("provider_records", name, bodies[name])
     save("provider_tree", name, bodies[name])
