@@ -58,7 +58,8 @@ build/bench/qel_bench --benchmark_min_time=0.001 \
 echo "== Debian packages: build, install, consumer test, lintian, remove"
 bash packaging/make-packages.sh build-pkg >/dev/null
 packages=(qel-som-tools libqel-somif-dev libqel-somif1)
-remove_packages() { dpkg -r "${packages[@]}" >/dev/null 2>&1 || true; }
+# --purge also removes the socket.conf that the tools package wrote.
+remove_packages() { dpkg --purge "${packages[@]}" >/dev/null 2>&1 || true; }
 trap 'remove_packages; rm -rf "$scratch"' EXIT
 dpkg -i build-pkg/*.deb >/dev/null
 bash tests/packaging/consumer_test.sh --installed /usr tests/packaging/consumer /usr/sbin/somd
