@@ -6,6 +6,7 @@
 #include <spawn.h>
 #include <sys/wait.h>
 
+#include <fstream>
 #include <sstream>
 
 #include "somctl/somctl.h"
@@ -26,7 +27,7 @@ Outcome Somctl(const std::vector<std::string>& args) {
 }
 
 // Starts the real somctl binary with its output thrown away; returns its pid.
-pid_t StartSomctl(const std::vector<std::string>& args) {
+pid_t StartSomctl(const std::vector<std::string>& args, const std::string& input = "/dev/null") {
     std::vector<std::string> all{QEL_SOMCTL_PATH};
     all.insert(all.end(), args.begin(), args.end());
     std::vector<char*> argv;
@@ -35,6 +36,7 @@ pid_t StartSomctl(const std::vector<std::string>& args) {
     argv.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, input.c_str(), O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
     pid_t pid = -1;
     posix_spawn(&pid, QEL_SOMCTL_PATH, &actions, nullptr, argv.data(), environ);
@@ -99,6 +101,14 @@ TEST_F(SomctlTest, PasswordsNeverShow) {
     }
     Somctl({"download"});
     EXPECT_EQ(Somctl({"log", "download"}).out.find("hunter2"), std::string::npos);
+    // "=-" reads the password from standard input; an empty input is refused.
+    const std::string input = somd.StatePath() + ".secret";
+    std::ofstream(input) << "from-stdin\n";
+    EXPECT_EQ(ExitOf(StartSomctl({"download-setting", "set", "ProxyPassword=-"}, input)), 0);
+    std::ifstream state(somd.StatePath());
+    std::string saved((std::istreambuf_iterator<char>(state)), std::istreambuf_iterator<char>());
+    EXPECT_NE(saved.find("from-stdin"), std::string::npos);
+    EXPECT_EQ(ExitOf(StartSomctl({"download-setting", "set", "ProxyPassword=-"})), somctl::kUsage);
 }
 
 TEST_F(SomctlTest, ExitCodesByKindOfFailure) {

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -12,6 +13,7 @@
 #include <cstdlib>
 #include <cstdio>
 #include <functional>
+#include <iostream>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -329,7 +331,47 @@ int Plans(Context& c, const Args& args) {
     return kOk;
 }
 
-int DownloadSetting(Context& c, const Args& args) {
+// Reads one line from standard input, without echo when it is a terminal.
+bool ReadSecret(const std::string& name, std::string& secret) {
+    termios saved{};
+    const bool terminal = isatty(STDIN_FILENO) && tcgetattr(STDIN_FILENO, &saved) == 0;
+    if (terminal) {
+        std::fprintf(stderr, "%s: ", name.c_str());
+        termios quiet = saved;
+        quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet);
+    }
+    const bool ok = static_cast<bool>(std::getline(std::cin, secret));
+    if (terminal) {
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &saved);
+        std::fprintf(stderr, "\n");
+    }
+    return ok;
+}
+
+// "ProxyPassword=-" (or CacheServerPassword) takes the password from standard
+// input or a no-echo prompt, so it stays out of `ps` and the shell's history.
+bool ReadSecretsFromInput(Args& args, std::string& error) {
+    for (std::string& arg : args) {
+        for (const char* name : {"ProxyPassword", "CacheServerPassword"}) {
+            if (arg != std::string(name) + "=-")
+                continue;
+            std::string secret;
+            if (!ReadSecret(name, secret)) {
+                error = std::string(name) + "=- found no line on standard input";
+                return false;
+            }
+            arg = std::string(name) + "=" + secret;
+        }
+    }
+    return true;
+}
+
+int DownloadSetting(Context& c, const Args& given) {
+    Args args = given;
+    std::string inputError;
+    if (!ReadSecretsFromInput(args, inputError))
+        return c.output.Usage(inputError);
     const bool set = args.size() > 1 && args[1] == "set";
     if (args.size() > 1 && !set)
         return c.output.Usage("usage: download-setting [set NAME=VALUE...]");
