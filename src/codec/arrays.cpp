@@ -1,5 +1,5 @@
 // CSerializedMsg: array paths, string arrays and single items.
-#include <sstream>
+#include <string>
 
 #include "CSerializedMsg.h"
 #include "codec_signatures.h"
@@ -16,9 +16,12 @@ const qel::SplitRules kStringArraySplit = {/*emptyGivesOneElement=*/true,
 }  // namespace
 
 std::string CSerializedMsg::getClassArrayName(const char* name, int index) {
-    std::ostringstream path;
-    path << (name != nullptr ? name : "") << '[' << index << "]/";
-    return path.str();
+    // Built by hand: a stream here costs more than the rest of a record.
+    std::string path = name != nullptr ? name : "";
+    path += '[';
+    path += std::to_string(index);
+    path += "]/";
+    return path;
 }
 
 char* CSerializedMsg::setStringArray(char* pos, const std::string& prefix, const char* key,
