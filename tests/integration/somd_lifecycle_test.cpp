@@ -121,12 +121,13 @@ TEST_F(SomdLifecycleTest, ManyIdleAndTricklingClientsNeitherBlockNorLeakNorDelay
     somd.Stop();
     int errFd = -1;
     const pid_t pid = Spawn({"--max-connections", "64"}, errFd);
-    ASSERT_TRUE(WaitForPath(socket));
+    ASSERT_TRUE(WaitForPath(socket) && Served());
     auto descriptors = [pid] {
         return static_cast<int>(std::distance(
             std::filesystem::directory_iterator("/proc/" + std::to_string(pid) + "/fd"),
             std::filesystem::directory_iterator()));
     };
+    usleep(100000);  // the first request's connection closes
     const int before = descriptors();
     std::vector<int> clients;
     for (int i = 0; i < 200; ++i)
@@ -168,7 +169,7 @@ TEST_F(SomdLifecycleTest, RunningOutOfDescriptorsBacksOffAndRecovers) {
         struct rlimit limit = {32, 32};
         setrlimit(RLIMIT_NOFILE, &limit);
     });
-    ASSERT_TRUE(WaitForPath(socket));
+    ASSERT_TRUE(WaitForPath(socket) && Served());
     std::vector<int> clients;
     for (int i = 0; i < 60; ++i)
         clients.push_back(Connect(socket));
@@ -257,8 +258,7 @@ TEST_F(SomdLifecycleTest, SocketActivationAndStartOptions) {
     }
     unlink(socket.c_str());
     const pid_t custom = Spawn({"--socket-mode", "0640", "--socket-group", "root"}, errFd);
-    ASSERT_TRUE(WaitForPath(socket));
-    ASSERT_TRUE(Served());  // after the mode is set
+    ASSERT_TRUE(WaitForPath(socket) && Served());  // served: the mode is set
     struct stat info = {};
     stat(socket.c_str(), &info);
     EXPECT_EQ(info.st_mode & 0777, 0640u);
