@@ -40,6 +40,7 @@ struct Context {
     CSomIf& som;
     Output& output;
     std::string appKey;
+    bool yes;  // --yes: act without asking on a terminal
 };
 
 // A spinner on standard error while a long call waits; only on a terminal.
@@ -479,10 +480,21 @@ int Authority(Context& c, const Args& args) {
     return kOk;
 }
 
+// On a terminal, asks before an action that cannot be taken back.
+bool Confirmed(Context& c, const std::string& what) {
+    if (c.yes || !isatty(STDIN_FILENO) || !isatty(STDERR_FILENO))
+        return true;
+    std::fprintf(stderr, "%s now? [y/N] ", what.c_str());
+    std::string answer;
+    return std::getline(std::cin, answer) && (answer == "y" || answer == "yes");
+}
+
 int Bulk(Context& c, const Args& args) {
     const std::string what = args[0];
     if (args.size() > 1)
         return c.output.Usage("usage: somctl " + what);
+    if (what != "download" && !Confirmed(c, what))
+        return c.output.Usage(what + " not confirmed (--yes acts without asking)");
     HRESULT rc = 0;
     LONG reboot = 0;
     ChangeGuard guard(c);
@@ -805,7 +817,7 @@ void Help(std::ostream& out) {
            "Operates the SOM service through libqel_SomIf.\n\ncommands:\n";
     for (const Command& command : kCommands)
         out << "  " << command.synopsis << "\n";
-    out << "\noptions: --json, --app-key KEY, --version, --help\n"
+    out << "\noptions: --json, --app-key KEY, --yes, --version, --help\n"
            "exit codes: 0 ok, 2 usage or invalid value, 3 service not reachable, 4 no reply, "
            "5 service error\n";
 }
@@ -835,6 +847,7 @@ int Show(Output& output, const std::string& key, const std::string& text, int co
 
 int RunSomctl(const std::vector<std::string>& allArgs, std::ostream& out, std::ostream& err) {
     bool json = false;
+    bool yes = false;
     std::string appKey = kDefaultAppKey;
     std::string problem;
     Args args;
@@ -844,6 +857,8 @@ int RunSomctl(const std::vector<std::string>& allArgs, std::ostream& out, std::o
             args.push_back(arg);  // the command's own arguments
         } else if (arg == "--json") {
             json = true;
+        } else if (arg == "--yes") {
+            yes = true;
         } else if (arg == "--app-key") {
             if (i + 1 >= allArgs.size() || allArgs[i + 1].empty() || allArgs[i + 1][0] == '-') {
                 problem = "--app-key needs a value";
@@ -879,7 +894,7 @@ int RunSomctl(const std::vector<std::string>& allArgs, std::ostream& out, std::o
                         kOk);
         }
         CSomIf som("somctl");
-        Context context{som, output, appKey};
+        Context context{som, output, appKey, yes};
         return command.run(context, args);
     }
     return output.Usage("unknown command '" + args[0] + "'");
