@@ -40,6 +40,12 @@ install(FILES ${PROJECT_BINARY_DIR}/qel_SomIf.pc DESTINATION ${QEL_INSTALL_LIBDI
 install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
 
 if(QELSOMIF_BUILD_TOOLS)
+  # In a prefix of its own the tools find the libraries beside them; the
+  # system's /usr needs (and Debian policy allows) no search path.
+  if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    file(RELATIVE_PATH QEL_BIN_TO_LIB ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(somctl somd PROPERTIES INSTALL_RPATH "$ORIGIN/${QEL_BIN_TO_LIB}")
+  endif()
   install(TARGETS somctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
   install(TARGETS somd RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT tools)
   # Manual pages, compressed as Debian installs them (man reads them either way).
