@@ -1,0 +1,182 @@
+// Every fact of the SOM service protocol, in one place, for the library, the
+// reference service (somd) and the command-line client (somctl).
+//
+// Header-only constants and a few inline helpers: it needs nothing from the
+// internal library, so a program built against the installed public library
+// can include it too. What it holds:
+//   - the request/reply header: format, magic, field widths, fixed length,
+//     header buffer size, the reply's header writer (ReplyHeader);
+//   - transport limits and result codes of the exchange;
+//   - service class names and method names;
+//   - reply items, request parameter names and list headers;
+//   - installation paths: socket configuration, MOF file, process status;
+//   - the process-status file's section, keys, values and the codes that
+//     GetQELStatus hands back for them.
+// The test suite's fake service keeps its own copy of the header layout on
+// purpose, as an independent cross-check of these values.
+#ifndef QEL_SRC_COMMON_PROTOCOL_H
+#define QEL_SRC_COMMON_PROTOCOL_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "QelTypes.h"
+
+namespace qel {
+namespace protocol {
+
+// --- Header ------------------------------------------------------------------
+// Header length "%08d", magic "%08lx", class, "/", method, result field,
+// body length "%08u". A request carries result 0 in decimal; a reply carries
+// the service's result in hexadecimal (kReplyTrailerFormat).
+constexpr const char kHeaderFormat[] = "%08d%08lx%s/%s%08d%08u";
+constexpr const char kReplyLeadFormat[] = "%08zu%08lx";
+constexpr const char kReplyTrailerFormat[] = "%08x%08zu";
+constexpr unsigned long kMagic = 0xCAFEFEEDUL;
+constexpr const char kMagicText[] = "cafefeed";
+constexpr int kFieldWidth = 8;
+// Header length, magic, "/", result field and body length: the header's
+// length without its class and method names.
+constexpr int kHeaderFixedLength = 33;
+// From the first digit of the result field to the body: result field and
+// body-length field.
+constexpr int kTrailingFieldsLength = 16;
+constexpr char kClassMethodSeparator = '/';
+// The library formats a request header into a buffer of this size.
+constexpr std::size_t kHeaderBufferSize = 1024;
+
+// True when the header is as long as its own length field says: a class plus
+// method name too long for kHeaderBufferSize gives a cut header, never sent.
+inline bool HeaderIsWhole(const std::string& header) {
+    return header.size() > static_cast<std::size_t>(kFieldWidth) &&
+           std::strtoul(header.substr(0, kFieldWidth).c_str(), nullptr, 10) == header.size();
+}
+
+// A reply's header: the request's class and method, `result` in hexadecimal.
+inline std::string ReplyHeader(const std::string& className, const std::string& method,
+                               uint32_t result, std::size_t bodyLength) {
+    char lead[2 * kFieldWidth + 1];
+    std::snprintf(lead, sizeof lead, kReplyLeadFormat,
+                  kHeaderFixedLength + className.size() + method.size(), kMagic);
+    char trailer[kTrailingFieldsLength + 1];
+    std::snprintf(trailer, sizeof trailer, kReplyTrailerFormat, static_cast<unsigned>(result),
+                  bodyLength);
+    std::string header;
+    header.reserve(kHeaderFixedLength + className.size() + method.size());
+    header.append(lead).append(className).append(1, kClassMethodSeparator).append(method);
+    return header.append(trailer);
+}
+
+// --- Exchange limits and result codes --------------------------------------------------
+constexpr unsigned long kReplyBufferSize = 0x400000;     // 4 MiB
+constexpr unsigned long kSmallReplyBufferSize = 0x2000;  // 8 KiB
+
+constexpr HRESULT kSendFailed = 0x80081001L;
+constexpr HRESULT kReceiveFailed = 0x80081101L;
+constexpr unsigned long kTransportFamilyMask = 0x80080000UL;
+
+inline bool IsTransportFamily(HRESULT rc) {
+    return (static_cast<unsigned long>(rc) & kTransportFamilyMask) == kTransportFamilyMask;
+}
+// The 32-bit result taken as signed.
+inline bool IsNegative(HRESULT rc) {
+    return static_cast<int>(static_cast<unsigned int>(rc)) < 0;
+}
+
+// --- Service classes ------------------------------------------------------------------
+constexpr const char kUpdateManager[] = "VELMORA_UpdateManager";
+constexpr const char kToolServiceWD[] = "VELMORA_ToolServiceWD";
+constexpr const char kLogManager[] = "VELMORA_LogManager";
+constexpr const char kQelVersion[] = "VELMORA_QelVersion";
+
+// --- Methods ------------------------------------------------------------------------
+namespace method {
+// VELMORA_UpdateManager
+constexpr const char kSetAutoDownloadSetting[] = "SetAutoDownloadSetting";
+constexpr const char kGetAutoDownloadSetting[] = "GetAutoDownloadSetting";
+constexpr const char kSetAutoUpdateSetting[] = "SetAutoUpdateSetting";
+constexpr const char kGetAutoUpdateSetting[] = "GetAutoUpdateSetting";
+constexpr const char kDownloadAll[] = "DownloadAll";
+constexpr const char kUpdateAll[] = "UpdateAll";
+constexpr const char kRollbackAll[] = "RollbackAll";
+constexpr const char kExecuteReboot[] = "ExecuteReboot";
+// VELMORA_UpdateManager or a provider class
+constexpr const char kSetUpdatePriority[] = "SetUpdatePriority";
+constexpr const char kGetUpdatePlans[] = "GetUpdatePlans";
+constexpr const char kGetOperatingAuthority[] = "GetOperatingAuthority";
+constexpr const char kReleaseOperatingAuthority[] = "ReleaseOperatingAuthority";
+constexpr const char kCheckUpdateModuleConformity[] = "CheckUpdateModuleConformity";
+constexpr const char kGetProviderManageInfo[] = "GetProviderManageInfo";
+// Provider methods relayed from WBEM callers
+constexpr const char kReboot[] = "Reboot";
+constexpr const char kExecuteUpdateApplyCheck[] = "ExecuteUpdateApplyCheck";
+constexpr const char kRegisterUpdateModule[] = "RegisterUpdateModule";
+constexpr const char kSetDependencyInfo[] = "SetDependencyInfo";
+constexpr const char kExecuteUpdateRestore[] = "ExecuteUpdateRestore";
+constexpr const char kExecutePreUpdate[] = "ExecutePreUpdate";
+constexpr const char kExecuteUpdateBackup[] = "ExecuteUpdateBackup";
+constexpr const char kExecuteUpdate[] = "ExecuteUpdate";
+// VELMORA_LogManager
+constexpr const char kCollectDownloadLog[] = "CollectDownloadLog";
+constexpr const char kCollectResultLog[] = "CollectResultLog";
+constexpr const char kCollectVersionUpLog[] = "CollectVersionUpLog";
+// VELMORA_QelVersion
+constexpr const char kCollectQelVersion[] = "CollectQelVersion";
+// VELMORA_ToolServiceWD
+constexpr const char kAliveUpdate[] = "AliveMonitorUpdateParameter";
+constexpr const char kAliveClear[] = "AliveMonitorClearParameter";
+constexpr const char kAliveSet[] = "AliveMonitorSetParameter";
+constexpr const char kAliveGet[] = "AliveMonitorGetParameter";
+}  // namespace method
+
+// --- Items and parameters ---------------------------------------------------------------
+// Whole item prefixes (type, name) that the library writes or scans for.
+constexpr const char kReturnValueItem[] = "long;ReturnValue;";
+constexpr const char kRebootItem[] = "long;Reboot;";
+constexpr const char kAppKeyItem[] = "string;AppKey;";
+
+namespace param {
+constexpr const char kAppKey[] = "AppKey";
+constexpr const char kRollback[] = "Rollback";
+constexpr const char kName[] = "Name";    // alive-monitor parameter name
+constexpr const char kValue[] = "Value";  // alive-monitor parameter value
+constexpr const char kType[] = "Type";    // alive-monitor parameter type
+constexpr const char kLines[] = "Lines";  // log lines of the log replies
+}  // namespace param
+
+// Header items of the list replies.
+constexpr const char kQelVersionList[] = "QelVersionInfoList";
+constexpr const char kUpdatePlansList[] = "UpdatePlansList";
+constexpr const char kVersionUpdateLogList[] = "VersionUpdateLogList";
+constexpr const char kConformityList[] = "UpdateModuleConformityList";
+
+// --- Paths (below the system root, see CFileUtility::SystemPath) -------------------------
+constexpr const char kSocketConfig[] = "/opt/velmora/qel/som/socket.conf";
+constexpr const char kMofFile[] = "/opt/velmora/qel/etc/qelvelmora.mof";
+// Appended to CFileUtility::GetInstallPath(2).
+constexpr const char kProcessStatusFile[] = "/ProcessStatus.ini";
+
+// --- Process status ------------------------------------------------------------------------
+// The file holds one section, "[icon]", with "status=" and "type=".
+namespace status {
+constexpr const char kSection[] = "icon";
+constexpr const char kStatusKey[] = "status";
+constexpr const char kTypeKey[] = "type";
+constexpr const char kIdle[] = "idle";
+constexpr const char kDownload[] = "download";
+constexpr const char kUpdate[] = "update";      // a status starting with it: a run is applying
+constexpr const char kRollback[] = "rollback";  // the type of a run that rolls back
+// What GetQELStatus reports; 0 when nothing runs.
+constexpr LONG kCodeIdle = 0;
+constexpr LONG kCodeUpdate = 0x8001;
+constexpr LONG kCodeRollback = 0x8002;
+constexpr LONG kCodeDownload = 0x8003;
+}  // namespace status
+
+}  // namespace protocol
+}  // namespace qel
+
+#endif  // QEL_SRC_COMMON_PROTOCOL_H
