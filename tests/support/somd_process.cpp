@@ -1,7 +1,9 @@
 #include "somd_process.h"
 
+#include <fcntl.h>
 #include <signal.h>
-#include <sys/stat.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,6 +11,73 @@
 #include <stdexcept>
 
 namespace qel_test {
+
+pid_t SpawnSomd(const std::vector<std::string>& args, int* errFd,
+                const std::function<void()>& inChild) {
+    int err[2] = {-1, -1};
+    if (errFd != nullptr && pipe2(err, O_CLOEXEC) != 0)
+        return -1;
+    const pid_t pid = fork();
+    if (pid == 0) {
+        if (errFd != nullptr)
+            dup2(err[1], STDERR_FILENO);
+        if (inChild)
+            inChild();
+        std::vector<char*> argv{const_cast<char*>("somd")};
+        for (const std::string& arg : args)
+            argv.push_back(const_cast<char*>(arg.c_str()));
+        argv.push_back(nullptr);
+        execv(QEL_SOMD_PATH, argv.data());
+        _exit(127);
+    }
+    if (errFd != nullptr) {
+        close(err[1]);
+        *errFd = err[0];
+    }
+    return pid;
+}
+
+int WaitExit(pid_t pid, int ms) {
+    int status = 0;
+    for (int i = 0; i < ms / 10 && waitpid(pid, &status, WNOHANG) == 0; ++i)
+        usleep(10000);
+    if (waitpid(pid, &status, WNOHANG) == 0) {
+        kill(pid, SIGKILL);
+        waitpid(pid, &status, 0);
+        return -1;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::string ReadAll(int fd) {
+    std::string text;
+    char chunk[4096];
+    ssize_t n;
+    while ((n = read(fd, chunk, sizeof chunk)) > 0)
+        text.append(chunk, static_cast<std::size_t>(n));
+    close(fd);
+    return text;
+}
+
+int ConnectTo(const std::string& socketPath) {
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    struct sockaddr_un addr = {};
+    addr.sun_family = AF_UNIX;
+    socketPath.copy(addr.sun_path, sizeof addr.sun_path - 1);
+    if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0)
+        return fd;
+    close(fd);
+    return -1;
+}
+
+std::string RawExchange(const std::string& socketPath, const std::string& bytes) {
+    const int fd = ConnectTo(socketPath);
+    if (fd < 0)
+        return "";
+    send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    shutdown(fd, SHUT_WR);
+    return ReadAll(fd);
+}
 
 SomdProcess::SomdProcess(const TempSysroot& root, int workMs) : root_(root), workMs_(workMs) {
     const std::string command =
@@ -19,73 +88,43 @@ SomdProcess::SomdProcess(const TempSysroot& root, int workMs) : root_(root), wor
 }
 
 SomdProcess::~SomdProcess() {
-    if (pid_ > 0)
-        Stop();
+    Stop();
 }
 
-std::string SomdProcess::StatePath() const {
-    return root_.Path("/opt/velmora/qel/som/somd-state.json");
+std::vector<std::string> SomdProcess::Options(const std::vector<std::string>& extra) const {
+    std::vector<std::string> args{"--work-ms", std::to_string(workMs_)};
+    args.insert(args.end(), extra.begin(), extra.end());
+    return args;
 }
 
-void SomdProcess::Start() {
-    const std::string socket = root_.Path("/run/som.sock");
-    unlink(socket.c_str());
-    pid_ = fork();
-    if (pid_ == 0) {
-        const std::string work = std::to_string(workMs_);
-        execl(QEL_SOMD_PATH, "somd", "--work-ms", work.c_str(), static_cast<char*>(nullptr));
-        _exit(127);
-    }
-    struct stat info;
-    for (int i = 0; i < 200 && stat(socket.c_str(), &info) != 0; ++i)
-        usleep(20000);
+void SomdProcess::Start(const std::vector<std::string>& extra) {
+    pid_ = SpawnSomd(Options(extra));
+    int fd = -1;
+    for (int i = 0; i < 400 && (fd = ConnectTo(SocketPath())) < 0; ++i)
+        usleep(10000);
+    close(fd);
 }
 
 int SomdProcess::Stop() {
     if (pid_ <= 0)
         return -1;
     kill(pid_, SIGTERM);
-    int status = 0;
-    waitpid(pid_, &status, 0);
+    const int status = WaitExit(pid_, 10000);
     pid_ = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-int SomdProcess::StartExpectingExit(std::string& message) {
-    int err[2];
-    if (pipe(err) != 0)
-        return -1;
-    const pid_t pid = fork();
-    if (pid == 0) {
-        dup2(err[1], STDERR_FILENO);
-        const std::string work = std::to_string(workMs_);
-        execl(QEL_SOMD_PATH, "somd", "--work-ms", work.c_str(), static_cast<char*>(nullptr));
-        _exit(127);
-    }
-    close(err[1]);
-    int status = 0;
-    for (int i = 0; i < 150 && waitpid(pid, &status, WNOHANG) == 0; ++i)
-        usleep(20000);
-    if (waitpid(pid, &status, WNOHANG) == 0) {
-        kill(pid, SIGKILL);
-        waitpid(pid, &status, 0);
-        status = -1;
-    }
-    char chunk[512];
-    ssize_t n;
-    message.clear();
-    while ((n = read(err[0], chunk, sizeof chunk)) > 0)
-        message.append(chunk, static_cast<std::size_t>(n));
-    close(err[0]);
-    return status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return status;
 }
 
 void SomdProcess::Kill() {
-    if (pid_ <= 0)
-        return;
-    kill(pid_, SIGKILL);
-    waitpid(pid_, nullptr, 0);
-    pid_ = -1;
+    if (pid_ > 0)
+        kill(pid_, SIGKILL);
+    Stop();
+}
+
+int SomdProcess::StartExpectingExit(std::string& message, const std::vector<std::string>& extra) {
+    int errFd = -1;
+    const int status = WaitExit(SpawnSomd(Options(extra), &errFd), 3000);
+    message = ReadAll(errFd);
+    return status;
 }
 
 }  // namespace qel_test

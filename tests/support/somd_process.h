@@ -1,14 +1,31 @@
-// A real somd process in a sandbox installation, for integration tests.
+// Real somd processes in a sandbox installation, and the raw socket helpers
+// that the tests of somd drive them with.
 #ifndef QEL_TESTS_SUPPORT_SOMD_PROCESS_H
 #define QEL_TESTS_SUPPORT_SOMD_PROCESS_H
 
 #include <sys/types.h>
 
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "temp_sysroot.h"
 
 namespace qel_test {
+
+// Starts somd with `args`; `inChild` runs in the child before the exec.
+// With `errFd`, its stderr goes to a pipe whose read end is returned there.
+pid_t SpawnSomd(const std::vector<std::string>& args, int* errFd = nullptr,
+                const std::function<void()>& inChild = {});
+// Waits up to `ms` for `pid`: its exit status, or -1 when a signal ended it or
+// it was still running (it is then killed).
+int WaitExit(pid_t pid, int ms);
+// Reads `fd` to its end and closes it.
+std::string ReadAll(int fd);
+// A connected client socket, or -1.
+int ConnectTo(const std::string& socketPath);
+// Sends `bytes`, shuts the sending side and returns all that comes back.
+std::string RawExchange(const std::string& socketPath, const std::string& bytes);
 
 class SomdProcess {
   public:
@@ -19,19 +36,22 @@ class SomdProcess {
     SomdProcess(const SomdProcess&) = delete;
     SomdProcess& operator=(const SomdProcess&) = delete;
 
-    void Start();
-    // SIGTERM and wait; the exit status (-1 when killed by a signal).
+    // Starts somd with `extra` options and waits until it accepts.
+    void Start(const std::vector<std::string>& extra = {});
+    // SIGTERM and wait; the exit status (-1 when a signal ended it).
     int Stop();
     // SIGKILL and wait.
     void Kill();
     // Starts a somd that is expected to refuse to start: its exit status
-    // (-1 when it was still running after 3 s and was killed), stderr in
-    // `message`.
-    int StartExpectingExit(std::string& message);
-    bool running() const { return pid_ > 0; }
-    std::string StatePath() const;
+    // (-1 when it still ran after 3 s), its stderr in `message`.
+    int StartExpectingExit(std::string& message, const std::vector<std::string>& extra = {});
+    pid_t pid() const { return pid_; }
+    std::string StatePath() const { return root_.Path("/opt/velmora/qel/som/somd-state.json"); }
+    std::string SocketPath() const { return root_.Path("/run/som.sock"); }
 
   private:
+    std::vector<std::string> Options(const std::vector<std::string>& extra) const;
+
     const TempSysroot& root_;
     int workMs_;
     pid_t pid_ = -1;

@@ -1,38 +1,30 @@
 #include "temp_sysroot.h"
 
-#include <dirent.h>
-#include <ftw.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
 namespace qel_test {
 
+namespace fs = std::filesystem;
+
 void MakeDirectories(const std::string& path) {
-    for (std::string::size_type at = 1; at != std::string::npos;) {
-        at = path.find('/', at + 1);
-        mkdir(path.substr(0, at).c_str(), 0755);
-    }
+    std::error_code ignored;
+    fs::create_directories(path, ignored);
 }
 
 void RemoveTree(const std::string& path) {
-    nftw(
-        path.c_str(),
-        [](const char* file, const struct stat*, int, struct FTW*) { return remove(file); }, 16,
-        FTW_DEPTH | FTW_PHYS);
+    std::error_code ignored;
+    fs::remove_all(path, ignored);
 }
 
-int OpenDescriptorCount() {
-    int count = 0;
-    if (DIR* dir = opendir("/proc/self/fd")) {
-        while (readdir(dir) != nullptr)
-            ++count;
-        closedir(dir);
-    }
-    return count - 3;  // ".", ".." and the directory's own descriptor
+int OpenDescriptorCount(const std::string& process) {
+    const fs::path fds = "/proc/" + process + "/fd";
+    return static_cast<int>(std::distance(fs::directory_iterator(fds), fs::directory_iterator()));
 }
 
 TempSysroot::TempSysroot() {

@@ -33,8 +33,9 @@ class TempSysroot {
 void MakeDirectories(const std::string& path);
 // Removes a directory tree.
 void RemoveTree(const std::string& path);
-// Counts the open file descriptors of this process.
-int OpenDescriptorCount();
+// Counts the open file descriptors of a process (its pid, or "self": then
+// the listing's own descriptor is counted too).
+int OpenDescriptorCount(const std::string& process = "self");
 
 }  // namespace qel_test
 

@@ -38,13 +38,10 @@ class TraceRecorder {
         return texts;
     }
     bool Contains(const std::string& text) const {
-        for (const TraceLine& line : Lines()) {
-            if (line.text == text)
-                return true;
-        }
-        return false;
+        TraceLine found;
+        return Find(text, &found);
     }
-    // The first line with exactly this text, or null.
+    // Is there a line with exactly this text? The first one in `found`.
     bool Find(const std::string& text, TraceLine* found) const {
         for (const TraceLine& line : Lines()) {
             if (line.text == text) {
