@@ -1,85 +1,108 @@
-// The trace facility: sink, file output, level mask, threads.
+// The trace facility: sink, file lines, level mask and mode, switching off, threads.
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
-#include <fstream>
+#include <algorithm>
+#include <regex>
 #include <sstream>
 #include <thread>
 
 #include "CTraceUtility.h"
 #include "support/temp_sysroot.h"
+#include "support/test_data.h"
 #include "support/trace_recorder.h"
 
 namespace {
 
-std::string ReadAll(const std::string& path) {
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
+const int kLevels[] = {1, 2, 4, 32};
 
-// Points QEL_TRACE at a file for one test and restores the quiet default.
+// Points QEL_TRACE at a file (null: tracing off) and restores the quiet default.
 class TraceFile {
   public:
-    TraceFile(const qel_test::TempSysroot& root, const char* levels)
-        : path_(root.root() + "/trace.log") {
+    TraceFile(const char* levels, unsigned mode = 0xFFFFFFFFu)
+        : path_(root_.root() + "/trace.log") {
         setenv("QEL_TRACE", path_.c_str(), 1);
         if (levels != nullptr)
             setenv("QEL_TRACE_LEVEL", levels, 1);
-        CTraceUtility::Initialize("test", 0xFFFFFFFFu);
+        CTraceUtility::Initialize("test", mode);
     }
-    ~TraceFile() {
+    ~TraceFile() { Off(); }
+    static void Off() {
         unsetenv("QEL_TRACE");
         unsetenv("QEL_TRACE_LEVEL");
         CTraceUtility::Initialize("test", 0xFFFFFFFFu);
     }
+    std::string Text() const { return qel_test::ReadFile(path_); }
     const std::string& path() const { return path_; }
 
   private:
+    qel_test::TempSysroot root_;
     std::string path_;
 };
 
-TEST(TraceUtilityTest, SinkGetsEveryLineFormatted) {
+// A whole file line: "<date> <time> [pid:tid] <source> L<level> <text>".
+std::string LinePattern(const std::string& source, int level, const std::string& text) {
+    return R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6} \[)" + std::to_string(getpid()) + R"(:\d+\] )" +
+           source + " L" + std::to_string(level) + " " + text + "\n";
+}
+
+TEST(TraceUtilityTest, SinkGetsEveryLineFormattedAtEveryLevel) {
     qel_test::TraceRecorder traces;
+    for (int level : kLevels)
+        EXPECT_TRUE(CTraceUtility::IsEnabled(level));
     CTraceUtility::WriteDebug("src", 2, "%s=%d", "x", 5);
     CTraceUtility::WriteDebug("src", 64, "plain");
     const auto lines = traces.Lines();
     ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[0].source, "src");
-    EXPECT_EQ(lines[0].level, 2);
-    EXPECT_EQ(lines[0].text, "x=5");
+    EXPECT_EQ(lines[0].source + " " + std::to_string(lines[0].level) + " " + lines[0].text,
+              "src 2 x=5");
     EXPECT_EQ(lines[1].text, "plain");
 }
 
-TEST(TraceUtilityTest, FileLinesCarrySourceLevelAndTextWithMode0600) {
-    qel_test::TempSysroot root;
-    TraceFile file(root, "0x6");
-    CTraceUtility::WriteDebug("alpha", 4, "entry %s", "one");
-    CTraceUtility::WriteDebug("alpha", 1, "filtered out");
-    CTraceUtility::WriteDebug("beta", 2, "error");
-    const std::string text = ReadAll(file.path());
-    EXPECT_NE(text.find(" alpha L4 entry one\n"), std::string::npos);
-    EXPECT_NE(text.find(" beta L2 error\n"), std::string::npos);
-    EXPECT_EQ(text.find("filtered out"), std::string::npos);
-    struct stat info;
-    ASSERT_EQ(stat(file.path().c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0600u);
-}
-
-TEST(TraceUtilityTest, NothingIsWrittenWhenOff) {
-    qel_test::TempSysroot root;
-    unsetenv("QEL_TRACE");
-    CTraceUtility::Initialize("test", 0xFFFFFFFFu);
-    EXPECT_FALSE(CTraceUtility::IsEnabled(4));
+TEST(TraceUtilityTest, FileGetsWholeLinesOfTheLevelsThatMaskAndModeLetThrough) {
+    const int before = qel_test::OpenDescriptorCount();
+    struct Case {
+        const char* levels;  // QEL_TRACE_LEVEL, null: unset
+        unsigned mode;
+        std::vector<int> through;
+    };
+    const Case cases[] = {
+        {nullptr, 0xFFFFFFFFu, {1, 2, 4, 32}},
+        {"0x6", 0xFFFFFFFFu, {2, 4}},
+        {"0x21", 0xFFFFFFFFu, {1, 32}},
+        {"0x6", 0x24u, {4}},
+        {"0", 0xFFFFFFFFu, {}},
+    };
+    for (const Case& c : cases) {
+        TraceFile file(c.levels, c.mode);
+        std::string expected;
+        for (int level : kLevels) {
+            const bool through =
+                std::find(c.through.begin(), c.through.end(), level) != c.through.end();
+            EXPECT_EQ(CTraceUtility::IsEnabled(level), through) << level;
+            CTraceUtility::WriteDebug("alpha", level, "entry %d", level);
+            if (through)
+                expected += LinePattern("alpha", level, "entry " + std::to_string(level));
+        }
+        EXPECT_TRUE(std::regex_match(file.Text(), std::regex(expected))) << file.Text();
+        struct stat info;
+        ASSERT_EQ(stat(file.path().c_str(), &info), 0);
+        EXPECT_EQ(info.st_mode & 0777, 0600u);
+    }
+    // Switched off: the file is closed, nothing is enabled and nothing written.
+    TraceFile file(nullptr);
+    TraceFile::Off();
+    EXPECT_EQ(qel_test::OpenDescriptorCount(), before);
+    for (int level : kLevels)
+        EXPECT_FALSE(CTraceUtility::IsEnabled(level));
     CTraceUtility::WriteDebug("src", 4, "%s", "dropped");
-    EXPECT_FALSE(std::ifstream(root.root() + "/trace.log").good());
+    EXPECT_EQ(file.Text(), "");
 }
 
 TEST(TraceUtilityTest, LinesFromManyThreadsNeverInterleave) {
-    qel_test::TempSysroot root;
-    TraceFile file(root, nullptr);
+    TraceFile file(nullptr);
     const std::string payload(300, 'p');
     std::vector<std::thread> threads;
     for (int t = 0; t < 8; ++t) {
@@ -91,14 +114,13 @@ TEST(TraceUtilityTest, LinesFromManyThreadsNeverInterleave) {
     }
     for (auto& thread : threads)
         thread.join();
-    std::istringstream lines(ReadAll(file.path()));
-    std::string line;
+    const std::regex line(LinePattern("thread", 4, "[0-7]:" + payload + ":end"));
+    std::istringstream lines(file.Text());
+    std::string text;
     int count = 0;
-    while (std::getline(lines, line)) {
+    while (std::getline(lines, text)) {
         ++count;
-        ASSERT_NE(line.find(" thread L4 "), std::string::npos) << line;
-        ASSERT_EQ(line.substr(line.size() - 4), ":end") << line;
-        ASSERT_NE(line.find(payload), std::string::npos) << line;
+        ASSERT_TRUE(std::regex_match(text + "\n", line)) << text;
     }
     EXPECT_EQ(count, 8 * 200);
 }

@@ -6,11 +6,19 @@
 
 namespace {
 
-TEST(RecordsToTextTest, DocumentedExampleIsByteExact) {
-    CVelmora_DevProviderManageInfo info;
-    info.ProviderName = "P";
-    info.ProviderVendorName = "V";
-    info.ProviderVersion = "1.0";
+// The lists of one device or tool as written under `owner` ("DeviceInfo[0]").
+std::string Lists(const std::string& owner) {
+    return "#CVelmora_LinkApplicationInfo[];" + owner +
+           "/LinkAppInfo;;string;LinkAppInfo[0]/ApplicationName;App;"
+           "string;LinkAppInfo[0]/ExecutePath;/x;string;LinkAppInfo[0]/DescriptionFilePath;/y;"
+           "CVelmora_ManageModuleInfo[];" +
+           owner +
+           "/ModuleInfo;;string;ModuleInfo[0]/ModuleKind;FW;int;ModuleInfo[0]/UpdatePriority;1;"
+           "int;ModuleInfo[0]/UpdateStatus;-2;int;ModuleInfo[0]/UpdateProgress;50;"
+           "CVelmora_ManageRepositoryInfo[];ModuleInfo[0]/RepositoryInfo;;";
+}
+
+TEST(RecordsToTextTest, ProvidersAreWrittenByteExact) {
     CVelmora_DeviceInfo device;
     device.VendorName = "N";
     device.UniqueName = "U0";
@@ -27,22 +35,47 @@ TEST(RecordsToTextTest, DocumentedExampleIsByteExact) {
     device.ModuleInfo[0].ModuleKind = "FW";
     device.ModuleInfo[0].ModuleName = "never written";
     device.ModuleInfo[0].UpdatePriority = 1;
-    info.DeviceInfo.push_back(device);
+    device.ModuleInfo[0].UpdateStatus = -2;
+    device.ModuleInfo[0].UpdateProgress = 50;
+    CVelmora_DevProviderManageInfo devices;
+    devices.ProviderName = "P";
+    devices.ProviderVendorName = "V";
+    devices.ProviderVersion = "1.0";
+    devices.DeviceInfo = {device};
+    // Two tools with the same lists: every list's indices restart at 0.
+    CVelmora_ToolProviderManageInfo tools;
+    tools.ProviderName = "T";
+    tools.ProviderVendorName = "W";
+    tools.ProviderVersion = "2";
+    tools.ToolInfo.resize(2);
+    for (CVelmora_ToolInfo& tool : tools.ToolInfo) {
+        tool.VendorName = "TV";
+        tool.LinkAppInfo = device.LinkAppInfo;
+        tool.ModuleInfo = device.ModuleInfo;
+    }
+    tools.ToolInfo[1].UniqueName = "t;1";
+    tools.ToolInfo[1].ExtendedInfo = {"mode=service"};
     CProviderManageInfo codec("w");
-    std::string text;
-    codec.toString(info, text);
-    EXPECT_EQ(text,
+    std::string empty, dev, tool;
+    codec.toString(CVelmora_DevProviderManageInfo(), empty);
+    codec.toString(devices, dev);
+    codec.toString(tools, tool);
+    EXPECT_EQ(empty, "string;ProviderName;;string;ProviderVendorName;;string;ProviderVersion;;");
+    EXPECT_EQ(dev,
               "string;ProviderName;P;string;ProviderVendorName;V;string;ProviderVersion;1.0;"
               "string;DeviceInfo[0]/VendorName;N;string;DeviceInfo[0]/UniqueName;U0;"
               "string;DeviceInfo[0]/DeviceId;8086:10fb;string;DeviceInfo[0]/DeviceName;D;"
               "string;DeviceInfo[0]/DeviceVendorName;DV;string;DeviceInfo[0]/HardwareVersion;01;"
-              "string[];DeviceInfo[0]/ExtendedInfo;a!#b;#CVelmora_LinkApplicationInfo[];"
-              "DeviceInfo[0]/LinkAppInfo;;string;LinkAppInfo[0]/ApplicationName;App;"
-              "string;LinkAppInfo[0]/ExecutePath;/x;string;LinkAppInfo[0]/DescriptionFilePath;/y;"
-              "CVelmora_ManageModuleInfo[];DeviceInfo[0]/ModuleInfo;;"
-              "string;ModuleInfo[0]/ModuleKind;FW;int;ModuleInfo[0]/UpdatePriority;1;"
-              "int;ModuleInfo[0]/UpdateStatus;0;int;ModuleInfo[0]/UpdateProgress;0;"
-              "CVelmora_ManageRepositoryInfo[];ModuleInfo[0]/RepositoryInfo;;");
+              "string[];DeviceInfo[0]/ExtendedInfo;a!#b;" +
+                  Lists("DeviceInfo[0]"));
+    EXPECT_EQ(tool,
+              "string;ProviderName;T;string;ProviderVendorName;W;string;ProviderVersion;2;"
+              "string;ToolInfo[0]/VendorName;TV;string;ToolInfo[0]/UniqueName;;"
+              "string[];ToolInfo[0]/ExtendedInfo;;" +
+                  Lists("ToolInfo[0]") +
+                  "string;ToolInfo[1]/VendorName;TV;string;ToolInfo[1]/UniqueName;t%!@1;"
+                  "string[];ToolInfo[1]/ExtendedInfo;mode=service;" +
+                  Lists("ToolInfo[1]"));
 }
 
 TEST(RecordsToTextTest, RepositoryAndDependencyItems) {
@@ -71,32 +104,6 @@ TEST(RecordsToTextTest, RepositoryAndDependencyItems) {
               "DependencyInfoOther[0]/VendorName;Velmora;string;DependencyInfoOther[0]/UniqueName;"
               "dep-d;string;DependencyInfoOther[0]/ModuleKind;Driver;string;DependencyInfoOther[0]/"
               "VendorVersion;1.0;string;DependencyInfoOther[0]/UpperVendorVersion;2.0;");
-}
-
-TEST(RecordsToTextTest, ListsRestartTheirIndicesAndEmptyProvidersWriteThreeItems) {
-    CProviderManageInfo codec("w");
-    CVelmora_DevProviderManageInfo empty;
-    std::string text;
-    codec.toString(empty, text);
-    EXPECT_EQ(text, "string;ProviderName;;string;ProviderVendorName;;string;ProviderVersion;;");
-
-    text.clear();
-    codec.toString(qel_test::SampleDevProvider(), text);
-    std::size_t count = 0;
-    for (std::size_t at = text.find("LinkAppInfo[0]/ApplicationName"); at != std::string::npos;
-         at = text.find("LinkAppInfo[0]/ApplicationName", at + 1)) {
-        ++count;
-    }
-    EXPECT_EQ(count, 3u);
-    EXPECT_NE(text.find("DeviceInfo[2]/LinkAppInfo;;"), std::string::npos);
-    EXPECT_EQ(text.find("ModuleName"), std::string::npos);
-
-    text.clear();
-    codec.toString(qel_test::SampleToolProvider(), text);
-    EXPECT_NE(text.find("string;ToolInfo[1]/UniqueName;tool-1;string[];ToolInfo[1]/ExtendedInfo;"
-                        "mode=service;#CVelmora_LinkApplicationInfo[];ToolInfo[1]/LinkAppInfo;;"
-                        "CVelmora_ManageModuleInfo[];ToolInfo[1]/ModuleInfo;;"),
-              std::string::npos);
 }
 
 }  // namespace

@@ -18,64 +18,26 @@ std::string Plain(const Info& info) {
     return text;
 }
 
-CVelmora_DevProviderManageInfo Read(const std::string& text,
-                                    CVelmora_DevProviderManageInfo info = {}) {
+template <class Info = CVelmora_DevProviderManageInfo>
+Info Read(const std::string& text, Info info = {}) {
     TextBuffer buffer(text);
     CProviderManageInfo("r").toObject(buffer.get(), info);
     return info;
 }
 
-TEST(TextToRecordsTest, RealisticRepliesReadBackCompletely) {
-    const CVelmora_DevProviderManageInfo source = qel_test::SampleDevProvider();
-    const CVelmora_DevProviderManageInfo info = Read(Plain(source));
-    EXPECT_EQ(info.ProviderName + " " + info.ProviderVersion, "VelmoraNicProvider 4.1.0");
-    ASSERT_EQ(info.DeviceInfo.size(), 3u);
-    for (std::size_t i = 0; i < 3; ++i) {
-        const CVelmora_DeviceInfo& got = info.DeviceInfo[i];
-        const CVelmora_DeviceInfo& want = source.DeviceInfo[i];
-        EXPECT_EQ(got.DeviceId + got.HardwareVersion, want.DeviceId + want.HardwareVersion);
-        EXPECT_EQ(got.ExtendedInfo, want.ExtendedInfo);
-        EXPECT_EQ(got.DeviceName, "");  // never in the reply
-        ASSERT_EQ(got.LinkAppInfo.size(), 1u);
-        EXPECT_EQ(got.LinkAppInfo[0].DescriptionFilePath, want.LinkAppInfo[0].DescriptionFilePath);
-        ASSERT_EQ(got.ModuleInfo.size(), 2u);
-        EXPECT_EQ(got.ModuleInfo[0].ModuleName, want.ModuleInfo[0].ModuleName);
-        EXPECT_EQ(got.ModuleInfo[0].UpdateStatus, -3);
-        ASSERT_EQ(got.ModuleInfo[0].RepositoryInfo.size(), 2u);
-        const CVelmora_ManageRepositoryInfo& e = got.ModuleInfo[0].RepositoryInfo[0];
-        const CVelmora_ManageRepositoryInfo& w = want.ModuleInfo[0].RepositoryInfo[0];
-        EXPECT_EQ(e.VendorVersion + e.ModulePath, w.VendorVersion + w.ModulePath);
-        EXPECT_EQ(e.Priority, 2);
-        EXPECT_TRUE(e.Recovery);
-        EXPECT_EQ(e.ModuleFileName, w.ModuleFileName);
-        EXPECT_EQ(e.ManualFileName, w.ManualFileName);  // ";" inside an element survives
-        EXPECT_TRUE(e.ReleasenotesFileName.empty());
-        ASSERT_EQ(e.DependencyInfoSelf.size(), 2u);
-        ASSERT_EQ(e.DependencyInfoOther.size(), 1u);
-        EXPECT_EQ(e.DependencyInfoSelf[1].ModuleName, w.DependencyInfoSelf[1].ModuleName);
-        EXPECT_EQ(e.DependencyInfoOther[0].UpperVendorVersion, "2.0");
-    }
-    TextBuffer tools(Plain(qel_test::SampleToolProvider()));
-    CVelmora_ToolProviderManageInfo tool;
-    CProviderManageInfo("r").toObject(tools.get(), tool);
-    ASSERT_EQ(tool.ToolInfo.size(), 2u);
-    EXPECT_EQ(tool.ToolInfo[1].ModuleInfo.at(0).RepositoryInfo.size(), 1u);
+TEST(TextToRecordsTest, RealisticRepliesReadBackWhole) {
+    const CVelmora_DevProviderManageInfo devices = qel_test::SampleDevProvider();
+    EXPECT_EQ(nlohmann::json(Read(Plain(devices))), nlohmann::json(devices));
     // Empty lists that end the reply read back empty, at every depth.
-    CVelmora_ToolProviderManageInfo lean = qel_test::SampleToolProvider();
-    lean.ToolInfo.resize(1);
-    CVelmora_ManageRepositoryInfo& last = lean.ToolInfo[0].ModuleInfo.back().RepositoryInfo.back();
-    last.DependencyInfoSelf.clear();
-    last.DependencyInfoOther.clear();
-    for (std::size_t tools : {1u, 0u}) {
-        lean.ToolInfo.resize(tools);
-        TextBuffer text(Plain(lean));
-        CVelmora_ToolProviderManageInfo back;
-        CProviderManageInfo("r").toObject(text.get(), back);
-        ASSERT_EQ(back.ToolInfo.size(), tools);
-        if (tools == 1) {
-            const CVelmora_ManageRepositoryInfo& got =
-                back.ToolInfo[0].ModuleInfo.back().RepositoryInfo.back();
-            EXPECT_TRUE(got.DependencyInfoSelf.empty() && got.DependencyInfoOther.empty());
+    CVelmora_ToolProviderManageInfo tools = qel_test::SampleToolProvider();
+    for (std::size_t count : {2u, 1u, 0u}) {
+        tools.ToolInfo.resize(count);
+        EXPECT_EQ(nlohmann::json(Read(Plain(tools), CVelmora_ToolProviderManageInfo())),
+                  nlohmann::json(tools));
+        if (count == 2) {
+            CVelmora_ManageRepositoryInfo& last = tools.ToolInfo[0].ModuleInfo[0].RepositoryInfo[0];
+            last.DependencyInfoSelf.clear();
+            last.DependencyInfoOther.clear();
         }
     }
 }
@@ -88,9 +50,8 @@ const char kDevice[] =
 
 TEST(TextToRecordsTest, ListsEndWhereTheNextFirstFieldIsMissing) {
     const std::string noVendor = std::string(kDevice).substr(20);
-    CProviderManageInfo writer("w");
     std::string pathNamed;  // what toString writes carries paths: no device reads
-    writer.toString(qel_test::SampleDevProvider(), pathNamed);
+    CProviderManageInfo("w").toString(qel_test::SampleDevProvider(), pathNamed);
     const std::pair<std::string, std::size_t> cases[] = {
         {std::string(kProvider) + kDevice + kDevice, 2},
         {std::string("class;DevProviderManageInfo;;") + kProvider + "class;DeviceInfo;;" + kDevice +
@@ -126,11 +87,12 @@ TEST(TextToRecordsTest, FieldRules) {
         "string;VendorVersion;3;string;ModulePath;/p;int;Priority;4;bool;Recovery;true;");
     CVelmora_ManageModuleInfo module;
     codec.setRepositoryInfo(swapped.get(), module);
-    const CVelmora_ManageRepositoryInfo& e = module.RepositoryInfo.at(0);
-    EXPECT_EQ(e.HardwareVersion + "|" + e.VendorVersion + "|" + e.DisplayName + "|" + e.ModulePath,
-              "A1||D|");
-    EXPECT_EQ(e.Priority, 0);
-    EXPECT_FALSE(e.Recovery);
+    CVelmora_ManageRepositoryInfo want;
+    want.ApplyKind = "Online";
+    want.HardwareVersion = "A1";
+    want.DisplayName = "D";
+    EXPECT_EQ(nlohmann::json(module.RepositoryInfo),
+              nlohmann::json(std::vector<CVelmora_ManageRepositoryInfo>{want}));
     TextBuffer ints("string;ModuleKind;FW;string;ModuleName;M;int;Other;5;int;UpdateStatus;1;");
     CVelmora_DeviceInfo device;
     codec.setModuleInfo(ints.get(), device);
@@ -146,17 +108,6 @@ TEST(TextToRecordsTest, FieldRules) {
         codec.setRepositoryInfo(text.get(), m);
         EXPECT_EQ(m.RepositoryInfo.at(0).Recovery, flag.second) << flag.first;
     }
-}
-
-TEST(TextToRecordsTest, TruncationAtEveryPlaceStopsCleanly) {
-    const std::string text = Plain(qel_test::SampleDevProvider());
-    std::size_t previous = 0;
-    for (std::size_t cut = 0; cut <= text.size(); cut += 7) {
-        const std::size_t devices = Read(text.substr(0, cut)).DeviceInfo.size();
-        EXPECT_GE(devices, previous);
-        previous = devices;
-    }
-    EXPECT_EQ(previous, 3u);
 }
 
 TEST(TextToRecordsTest, OnlyTheDeviceLinkAppReaderTracesElements) {
@@ -177,7 +128,7 @@ TEST(TextToRecordsTest, OnlyTheDeviceLinkAppReaderTracesElements) {
     traces.Clear();
     CVelmora_ToolInfo tool;
     codec.setLinkAppInfo(text.get(), tool);
-    EXPECT_EQ(tool.LinkAppInfo.size(), 2u);
+    EXPECT_EQ(nlohmann::json(tool.LinkAppInfo), nlohmann::json(device.LinkAppInfo));
     EXPECT_TRUE(traces.Lines().empty());
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "CUpDownSchedule.h"
+#include "common/record_json.h"
 #include "support/text_buffer.h"
 #include "support/trace_recorder.h"
 
@@ -54,11 +55,20 @@ TEST(SettingsSectionsTest, CombinedRoundTrip) {
     CVELMORA_DownloadSchedule schedule;
     schedule.IsAutoSetting = true;
     schedule.RepeatType = 3;
+    schedule.DayOfWeek = "Mon";
+    schedule.Date = "1";
     schedule.Time = "03:00";
     CVELMORA_DownloadSetting setting;
     setting.DownloadType = -1;
+    setting.WebSiteUrl = "http://u";
+    setting.ProxyAddress = "px";
+    setting.ProxyPort = "8080";
+    setting.ProxyUser = "pu";
     setting.ProxyPassword = "p;q";
+    setting.CacheServerPath = "//c";
+    setting.CacheServerUser = "cu";
     setting.CacheServerPassword = "c%!@;";  // "%!@" in a value reads back as ";"
+    setting.TempDriveLetter = "T";
     setting.ExternalMediaPath = "/media/usb";
     std::string text;
     codec.toString(setting, schedule, text);
@@ -66,13 +76,9 @@ TEST(SettingsSectionsTest, CombinedRoundTrip) {
     CVELMORA_DownloadSchedule s;
     CVELMORA_DownloadSetting d;
     codec.toObject(buffer.get(), s, d);
-    EXPECT_TRUE(s.IsAutoSetting);
-    EXPECT_EQ(s.RepeatType, 3);
-    EXPECT_EQ(s.Time, "03:00");
-    EXPECT_EQ(d.DownloadType, -1);
-    EXPECT_EQ(d.ProxyPassword, "p;q");
-    EXPECT_EQ(d.CacheServerPassword, "c;;");
-    EXPECT_EQ(d.ExternalMediaPath, "/media/usb");
+    setting.CacheServerPassword = "c;;";
+    EXPECT_EQ(nlohmann::json(s), nlohmann::json(schedule));
+    EXPECT_EQ(nlohmann::json(d), nlohmann::json(setting));
 }
 
 TEST(SettingsSectionsTest, ReadersArePositional) {
