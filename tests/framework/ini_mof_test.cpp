@@ -37,25 +37,42 @@ TEST(IniFileReaderTest, SectionsKeysCommentsEmptySectionsAndMissingFiles) {
     EXPECT_TRUE(sections.empty());
 }
 
-TEST(MofReaderTest, ReadsRealisticMofText) {
-    std::vector<CMofContents> got = CMofReader::ParseText(qel_test::TestData("providers.mof"));
-    ASSERT_EQ(got.size(), 5u);
-    EXPECT_EQ(got[0].Name, "NicService");
-    EXPECT_EQ(got[0].Description, "Network adapters\t\"fast\"");
-    EXPECT_EQ(got[0].ClassName, "VELMORA_NicProvider");
-    EXPECT_EQ(got[0].ProviderFile, "nic.ini");
-    EXPECT_EQ(got[0].Kind, 1);
-    EXPECT_EQ(got[0].Flags, 0x80);
-    EXPECT_EQ(got[0].Methods, (std::vector<std::string>{"GetProviderManageInfo", "ExecuteUpdate"}));
-    EXPECT_EQ(got[1].ClassName, "VELMORA_ToolProvider");  // names match ignoring case
-    EXPECT_EQ(got[1].Flags, 3);                           // binary
-    EXPECT_TRUE(got[1].Methods.empty());
-    EXPECT_EQ(got[3].Flags, 017);                    // octal
-    EXPECT_EQ(got[3].Description, "A\xE2\x98\xBA");  // \x escapes as UTF-8
+// Every field of every instance, one row each.
+std::vector<std::string> Rows(const std::vector<CMofContents>& contents) {
+    std::vector<std::string> rows;
+    for (const CMofContents& c : contents) {
+        std::string row = c.Name + "|" + c.Description + "|" + c.ClassName + "|" + c.ProviderFile +
+                          "|" + std::to_string(c.Kind) + "|" + std::to_string(c.Flags);
+        for (const std::string& method : c.Methods)
+            row += "|" + method;
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+TEST(MofReaderTest, ReadsRealisticMofFiles) {
+    EXPECT_EQ(Rows(CMofReader::ParseText(qel_test::TestData("providers.mof"))),
+              (std::vector<std::string>{
+                  "NicService|Network adapters\t\"fast\"|VELMORA_NicProvider|nic.ini|1|128|"
+                  "GetProviderManageInfo|ExecuteUpdate",
+                  "ToolService||VELMORA_ToolProvider|tool.ini|2|3",  // names ignore case; binary
+                  "RaidService||VELMORA_RaidProvider||1|2",
+                  "Octal|A\xE2\x98\xBA|X||3|15",  // octal; \x escapes as UTF-8
+                  "GpuService||VELMORA_GpuProvider||1|1"}));
+    // \x takes one to four hex digits of either case.
+    EXPECT_EQ(Rows(CMofReader::ParseText(qel_test::TestData("escapes.mof"))),
+              (std::vector<std::string>{
+                  "SerialService|Ports COM1\tCOM2\r\n|VELMORA_SerialProvider|serial.ini|1|16|"
+                  "GetProviderManageInfo",
+                  "Sensor\xC2\xB0Service|Temperature in \xC2\xB0"
+                  "C, delete key \x7F\x7F, \xC2\xAB"
+                  "J\xE2\x98\xBA"
+                  "A1\x04g|VELMORA_SensorProvider|sensor.ini|2|12"}));
+    std::vector<CMofContents> got(1);
     CMofReader missing("/nonexistent.mof");
     missing.ParseContents();
     missing.GetMofContents(got);
-    EXPECT_EQ(got.size(), 5u);
+    EXPECT_EQ(got.size(), 1u);
 }
 
 TEST(MofReaderTest, SyntaxErrorsKeepTheInstancesReadSoFar) {
