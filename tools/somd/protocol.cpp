@@ -5,15 +5,16 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
+
+#include "common/protocol.h"
 
 namespace somd {
 namespace {
 
-const char kMagic[] = "cafefeed";
-const std::size_t kField = 8;
-const std::size_t kFixed = 33;
+namespace wire = qel::protocol;
+const std::size_t kField = wire::kFieldWidth;
+const std::size_t kFixed = wire::kHeaderFixedLength;
 
 bool AllDigits(const std::string& text) {
     if (text.empty())
@@ -49,10 +50,10 @@ bool ReadExactly(int fd, int timeoutMs, std::size_t size, std::string& out) {
 // Checks the header in `header` (all of it) and fills class and method.
 // Returns the body length, or -1 (garbage) / -2 (malformed).
 long CheckHeader(const std::string& header, Request& request) {
-    if (std::memcmp(header.data() + kField, kMagic, kField) != 0)
+    if (std::memcmp(header.data() + kField, wire::kMagicText, kField) != 0)
         return -1;
     const std::string names = header.substr(2 * kField, header.size() - kFixed + 1);
-    std::string::size_type slash = names.find('/');
+    std::string::size_type slash = names.find(wire::kClassMethodSeparator);
     if (slash == std::string::npos)
         return -1;
     request.className = names.substr(0, slash);
@@ -116,16 +117,7 @@ ReadStatus ParseRequest(const std::string& bytes, Request& request) {
 }
 
 std::string FormatReply(const Request& request, uint32_t result, const std::string& body) {
-    char head[32];
-    std::snprintf(head, sizeof head, "%08zu%s",
-                  kFixed + request.className.size() + request.method.size(), kMagic);
-    char tail[32];
-    std::snprintf(tail, sizeof tail, "%08x%08zu", result, body.size());
-    std::string reply;
-    reply.reserve(64 + request.className.size() + request.method.size() + body.size());
-    reply.append(head).append(request.className).append("/").append(request.method);
-    reply.append(tail).append(body);
-    return reply;
+    return wire::ReplyHeader(request.className, request.method, result, body.size()) + body;
 }
 
 bool WriteAll(int fd, const std::string& data) {

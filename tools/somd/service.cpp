@@ -19,6 +19,7 @@
 #include "CVersionUpLog.h"
 #include "IWbemClassObject.h"
 #include "QelItemText.h"
+#include "common/protocol.h"
 #include "common/record_codec.h"
 #include "common/service_codes.h"
 #include "provider_info/plain_text.h"
@@ -26,10 +27,12 @@
 namespace somd {
 namespace {
 
-const char kUpdateManager[] = "VELMORA_UpdateManager";
-const char kLogManager[] = "VELMORA_LogManager";
-const char kQelVersion[] = "VELMORA_QelVersion";
-const char kToolServiceWD[] = "VELMORA_ToolServiceWD";
+namespace wire = qel::protocol;
+namespace method = qel::protocol::method;
+namespace param = qel::protocol::param;
+namespace status = qel::protocol::status;
+using wire::kUpdateManager;
+
 const char kTraceName[] = "somd";
 
 // A mutable copy of a request body for the library's scanners.
@@ -62,9 +65,9 @@ std::string Now() {
 
 // A list reply: header item, then one item per field of every record.
 template <class Record>
-std::string ListBody(const char* header, const std::vector<Record>& records) {
+std::string ListBody(const std::vector<Record>& records) {
     std::string out;
-    qel::item::AppendItem(out, qel::item::kTagClassArray, header, "");
+    qel::item::AppendItem(out, qel::item::kTagClassArray, qel::ListHeader(Record()), "");
     IWbemClassObject target;
     qel::ItemWriter writer(target, out);
     for (const Record& record : records)
@@ -77,7 +80,7 @@ std::string LinesBody(const std::vector<std::string>& lines) {
     if (lines.empty())
         return out;  // no item: no lines
     IWbemClassObject target;
-    target.SetStringArray(out, "Lines", lines);
+    target.SetStringArray(out, param::kLines, lines);
     return out;
 }
 
@@ -133,22 +136,6 @@ SomService::SomService(Scenario scenario, std::string statePath, bool freshState
         state_.alive = scenario_.aliveDefaults;
     }
     ResetInterruptedRun();
-    byMethod_ = {
-        {"SetUpdatePriority", &SomService::SetUpdatePriority},
-        {"GetUpdatePlans", &SomService::GetUpdatePlans},
-        {"GetOperatingAuthority", &SomService::GetOperatingAuthority},
-        {"ReleaseOperatingAuthority", &SomService::ReleaseOperatingAuthority},
-        {"CheckUpdateModuleConformity", &SomService::CheckUpdateModuleConformity},
-        {"GetProviderManageInfo", &SomService::GetProviderManageInfo},
-        {"Reboot", &SomService::Relayed},
-        {"ExecuteUpdateApplyCheck", &SomService::Relayed},
-        {"RegisterUpdateModule", &SomService::Relayed},
-        {"SetDependencyInfo", &SomService::Relayed},
-        {"ExecuteUpdateRestore", &SomService::Relayed},
-        {"ExecutePreUpdate", &SomService::Relayed},
-        {"ExecuteUpdateBackup", &SomService::Relayed},
-        {"ExecuteUpdate", &SomService::Relayed},
-    };
 }
 
 // One request's fault fails that request only.
@@ -167,31 +154,55 @@ bool SomService::ServesClass(const std::string& className) const {
            scenario_.toolProviders.count(className) != 0;
 }
 
+// Every request the service answers: class and method to handler. A route
+// without a class serves the update manager and every provider class of the
+// scenario; any other pair is refused and changes nothing.
 Reply SomService::Dispatch(const Request& request) {
-    static const std::map<std::pair<std::string, std::string>, Handler> kByClassAndMethod = {
-        {{kUpdateManager, "SetAutoDownloadSetting"}, &SomService::SetAutoDownloadSetting},
-        {{kUpdateManager, "GetAutoDownloadSetting"}, &SomService::GetAutoDownloadSetting},
-        {{kUpdateManager, "SetAutoUpdateSetting"}, &SomService::SetAutoUpdateSetting},
-        {{kUpdateManager, "GetAutoUpdateSetting"}, &SomService::GetAutoUpdateSetting},
-        {{kUpdateManager, "DownloadAll"}, &SomService::DownloadAll},
-        {{kUpdateManager, "UpdateAll"}, &SomService::UpdateAll},
-        {{kUpdateManager, "RollbackAll"}, &SomService::RollbackAll},
-        {{kUpdateManager, "ExecuteReboot"}, &SomService::ExecuteReboot},
-        {{kLogManager, "CollectDownloadLog"}, &SomService::CollectDownloadLog},
-        {{kLogManager, "CollectResultLog"}, &SomService::CollectResultLog},
-        {{kLogManager, "CollectVersionUpLog"}, &SomService::CollectVersionUpLog},
-        {{kQelVersion, "CollectQelVersion"}, &SomService::CollectQelVersion},
-        {{kToolServiceWD, "AliveMonitorUpdateParameter"}, &SomService::AliveUpdate},
-        {{kToolServiceWD, "AliveMonitorClearParameter"}, &SomService::AliveClear},
-        {{kToolServiceWD, "AliveMonitorSetParameter"}, &SomService::AliveSet},
-        {{kToolServiceWD, "AliveMonitorGetParameter"}, &SomService::AliveGet},
+    struct Route {
+        const char* className;
+        const char* method;
+        Handler handler;
     };
-    auto fixed = kByClassAndMethod.find({request.className, request.method});
-    if (fixed != kByClassAndMethod.end())
-        return (this->*fixed->second)(request);
-    auto any = byMethod_.find(request.method);
-    if (any != byMethod_.end() && ServesClass(request.className))
-        return (this->*any->second)(request);
+    static const Route kRoutes[] = {
+        {kUpdateManager, method::kSetAutoDownloadSetting, &SomService::SetAutoDownloadSetting},
+        {kUpdateManager, method::kGetAutoDownloadSetting, &SomService::GetAutoDownloadSetting},
+        {kUpdateManager, method::kSetAutoUpdateSetting, &SomService::SetAutoUpdateSetting},
+        {kUpdateManager, method::kGetAutoUpdateSetting, &SomService::GetAutoUpdateSetting},
+        {kUpdateManager, method::kDownloadAll, &SomService::DownloadAll},
+        {kUpdateManager, method::kUpdateAll, &SomService::UpdateAll},
+        {kUpdateManager, method::kRollbackAll, &SomService::RollbackAll},
+        {kUpdateManager, method::kExecuteReboot, &SomService::ExecuteReboot},
+        {wire::kLogManager, method::kCollectDownloadLog, &SomService::CollectDownloadLog},
+        {wire::kLogManager, method::kCollectResultLog, &SomService::CollectResultLog},
+        {wire::kLogManager, method::kCollectVersionUpLog, &SomService::CollectVersionUpLog},
+        {wire::kQelVersion, method::kCollectQelVersion, &SomService::CollectQelVersion},
+        {wire::kToolServiceWD, method::kAliveUpdate, &SomService::AliveUpdate},
+        {wire::kToolServiceWD, method::kAliveClear, &SomService::AliveClear},
+        {wire::kToolServiceWD, method::kAliveSet, &SomService::AliveSet},
+        {wire::kToolServiceWD, method::kAliveGet, &SomService::AliveGet},
+        {nullptr, method::kSetUpdatePriority, &SomService::SetUpdatePriority},
+        {nullptr, method::kGetUpdatePlans, &SomService::GetUpdatePlans},
+        {nullptr, method::kGetOperatingAuthority, &SomService::GetOperatingAuthority},
+        {nullptr, method::kReleaseOperatingAuthority, &SomService::ReleaseOperatingAuthority},
+        {nullptr, method::kCheckUpdateModuleConformity, &SomService::CheckUpdateModuleConformity},
+        {nullptr, method::kGetProviderManageInfo, &SomService::GetProviderManageInfo},
+        {nullptr, method::kReboot, &SomService::Relayed},
+        {nullptr, method::kExecuteUpdateApplyCheck, &SomService::Relayed},
+        {nullptr, method::kRegisterUpdateModule, &SomService::Relayed},
+        {nullptr, method::kSetDependencyInfo, &SomService::Relayed},
+        {nullptr, method::kExecuteUpdateRestore, &SomService::Relayed},
+        {nullptr, method::kExecutePreUpdate, &SomService::Relayed},
+        {nullptr, method::kExecuteUpdateBackup, &SomService::Relayed},
+        {nullptr, method::kExecuteUpdate, &SomService::Relayed},
+    };
+    for (const Route& route : kRoutes) {
+        if (request.method != route.method)
+            continue;
+        const bool served = route.className != nullptr ? request.className == route.className
+                                                       : ServesClass(request.className);
+        if (served)
+            return (this->*route.handler)(request);
+    }
     return Reply{kUnknownMethod, ""};
 }
 
@@ -311,11 +322,11 @@ std::vector<CVELMORA_UpdatePlans> SomService::PlansFor(bool rollback) const {
 }
 
 Reply SomService::GetUpdatePlans(const Request& request) {
-    return Reply{0, ListBody("UpdatePlansList", PlansFor(IsTrue(Param(request.body, "Rollback"))))};
+    return Reply{0, ListBody(PlansFor(IsTrue(Param(request.body, param::kRollback))))};
 }
 
 Reply SomService::GetOperatingAuthority(const Request& request) {
-    const std::string key = Param(request.body, "AppKey");
+    const std::string key = Param(request.body, param::kAppKey);
     if (key.empty())
         return Reply{kBadRequest, ""};
     return Persisted([&](State& s) {
@@ -327,7 +338,7 @@ Reply SomService::GetOperatingAuthority(const Request& request) {
 }
 
 Reply SomService::ReleaseOperatingAuthority(const Request& request) {
-    const std::string key = Param(request.body, "AppKey");
+    const std::string key = Param(request.body, param::kAppKey);
     return Persisted([&](State& s) {
         if (s.authorityHolder.empty())
             return 0u;  // nothing to release
@@ -343,17 +354,22 @@ Reply SomService::ReleaseOperatingAuthority(const Request& request) {
 namespace {
 
 std::string ProcessStatusPath() {
-    return CFileUtility::GetInstallPath(2) + "/ProcessStatus.ini";
+    return CFileUtility::GetInstallPath(2) + wire::kProcessStatusFile;
 }
+
+const std::string kStatusLine = std::string(status::kStatusKey) + "=";
 
 }  // namespace
 
 // Atomic: readers see the old status or the new one, never an empty or
 // partial file, even when the disk is full.
 void SomService::WriteProcessStatus(const char* status, const char* type) {
-    const std::string text = std::string("[icon]\nstatus=") + status + "\ntype=" + type + "\n";
-    if (!WriteFileAtomically(ProcessStatusPath(), text))
-        std::fprintf(stderr, "somd: ProcessStatus.ini not written: %s\n", std::strerror(errno));
+    const std::string text = std::string("[") + status::kSection + "]\n" + kStatusLine + status +
+                             "\n" + status::kTypeKey + "=" + type + "\n";
+    if (!WriteFileAtomically(ProcessStatusPath(), text)) {
+        std::fprintf(stderr, "somd: %s not written: %s\n", ProcessStatusPath().c_str(),
+                     std::strerror(errno));
+    }
 }
 
 // A run cut short by a stop or a kill left its status behind: no run goes
@@ -361,15 +377,15 @@ void SomService::WriteProcessStatus(const char* status, const char* type) {
 // and the result log says so.
 void SomService::ResetInterruptedRun() {
     std::ifstream in(ProcessStatusPath());
-    std::string line, status;
+    std::string line, current;
     while (std::getline(in, line)) {
-        if (line.compare(0, 7, "status=") == 0)
-            status = line.substr(7);
+        if (line.compare(0, kStatusLine.size(), kStatusLine) == 0)
+            current = line.substr(kStatusLine.size());
     }
-    if (status.empty() || status == "idle")
+    if (current.empty() || current == status::kIdle)
         return;
-    WriteProcessStatus("idle", "");
-    const std::string entry = Now() + " " + status + " run interrupted by a restart; status reset";
+    WriteProcessStatus(status::kIdle, "");
+    const std::string entry = Now() + " " + current + " run interrupted by a restart; status reset";
     std::fprintf(stderr, "somd: %s\n", entry.c_str());
     state_.resultLog.push_back(entry);
     if (!statePath_.empty() && !SaveState(state_, statePath_))
@@ -385,7 +401,7 @@ bool SomService::BeginBulk() {
 }
 
 void SomService::EndBulk() {
-    WriteProcessStatus("idle", "");
+    WriteProcessStatus(status::kIdle, "");
     std::lock_guard<std::mutex> lock(mutex_);
     bulkRunning_ = false;
 }
@@ -397,7 +413,7 @@ void SomService::Work() {
 Reply SomService::DownloadAll(const Request& request) {
     if (!BeginBulk())
         return Reply{kBusy, ""};
-    WriteProcessStatus("download", "");
+    WriteProcessStatus(status::kDownload, "");
     Work();
     // The setting names the source; its passwords are never logged.
     Body body(request.body);
@@ -437,7 +453,7 @@ Reply SomService::RollbackAll(const Request&) {
 Reply SomService::ApplyPlans(bool rollback) {
     if (!BeginBulk())
         return Reply{kBusy, ""};
-    WriteProcessStatus("update", rollback ? "rollback" : "update");
+    WriteProcessStatus(status::kUpdate, rollback ? status::kRollback : status::kUpdate);
     Work();
     const std::vector<CVELMORA_UpdatePlans> plans = PlansFor(rollback);
     const std::string verb = rollback ? " rolled back " : " updated ";
@@ -462,8 +478,8 @@ Reply SomService::ApplyPlans(bool rollback) {
     });
     EndBulk();
     if (reply.result == 0) {
-        reply.body =
-            "long;Reboot;" + std::to_string(plans.empty() ? 0 : scenario_.rebootAfterUpdate) + ";";
+        reply.body = std::string(wire::kRebootItem) +
+                     std::to_string(plans.empty() ? 0 : scenario_.rebootAfterUpdate) + ";";
     }
     return reply;
 }
@@ -476,7 +492,7 @@ Reply SomService::ExecuteReboot(const Request&) {
 }
 
 Reply SomService::Relayed(const Request&) {
-    return Reply{0, "long;ReturnValue;0;"};
+    return Reply{0, std::string(wire::kReturnValueItem) + "0;"};
 }
 
 // --- Providers ------------------------------------------------------------------------
@@ -498,7 +514,7 @@ Reply SomService::GetProviderManageInfo(const Request& request) {
 
 Reply SomService::CheckUpdateModuleConformity(const Request& request) {
     Reply reply;
-    qel::item::AppendItem(reply.body, qel::item::kTagClassArray, "UpdateModuleConformityList", "");
+    qel::item::AppendItem(reply.body, qel::item::kTagClassArray, wire::kConformityList, "");
     for (const auto& provider : scenario_.deviceProviders) {
         if (provider.first != request.className && request.className != kUpdateManager)
             continue;
@@ -525,11 +541,11 @@ Reply SomService::CollectResultLog(const Request&) {
 }
 
 Reply SomService::CollectVersionUpLog(const Request&) {
-    return Reply{0, ListBody("VersionUpdateLogList", Snapshot().versionLog)};
+    return Reply{0, ListBody(Snapshot().versionLog)};
 }
 
 Reply SomService::CollectQelVersion(const Request&) {
-    return Reply{0, ListBody("QelVersionInfoList", scenario_.versions)};
+    return Reply{0, ListBody(scenario_.versions)};
 }
 
 // --- Alive monitor --------------------------------------------------------------------------
@@ -549,8 +565,8 @@ Reply SomService::AliveClear(const Request&) {
 }
 
 Reply SomService::AliveSet(const Request& request) {
-    const std::string name = Param(request.body, "Name");
-    const std::string value = Param(request.body, "Value");
+    const std::string name = Param(request.body, param::kName);
+    const std::string value = Param(request.body, param::kValue);
     if (name.empty())
         return Reply{kBadRequest, ""};
     return Persisted([&](State& s) {
@@ -561,15 +577,15 @@ Reply SomService::AliveSet(const Request& request) {
 }
 
 Reply SomService::AliveGet(const Request& request) {
-    const std::string name = Param(request.body, "Name");
+    const std::string name = Param(request.body, param::kName);
     State s = Snapshot();
     auto it = s.alive.find(name);
     if (it == s.alive.end())
         return Reply{kUnknownParameter, ""};
     Reply reply;
     IWbemClassObject w;
-    w.SetString(reply.body, "Value", it->second.value);
-    w.SetInt(reply.body, "Type", static_cast<int>(it->second.type));
+    w.SetString(reply.body, param::kValue, it->second.value);
+    w.SetInt(reply.body, param::kType, static_cast<int>(it->second.type));
     return reply;
 }
 

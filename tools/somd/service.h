@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <mutex>
 #include <string>
 
@@ -76,7 +75,6 @@ class SomService {
     mutable std::mutex mutex_;
     State state_;
     bool bulkRunning_ = false;
-    std::map<std::string, Handler> byMethod_;  // methods served on any class
 };
 
 }  // namespace somd
