@@ -22,6 +22,7 @@
 
 #include "CFileTransfer.h"
 #include "CFileUtility.h"
+#include "common/protocol.h"
 #include "common/service_codes.h"
 #include "instance_lock.h"
 #include "listener.h"
@@ -30,7 +31,7 @@
 
 namespace {
 
-const char kSocketConfig[] = "/opt/velmora/qel/som/socket.conf";
+using qel::protocol::kSocketConfig;
 const char kDefaultScenario[] = "/opt/velmora/qel/som/scenario";
 const char kDefaultState[] = "/opt/velmora/qel/som/somd-state.json";
 
