@@ -2,12 +2,14 @@
 #ifndef QEL_SRC_DISCOVERY_DISCOVERY_PATHS_H
 #define QEL_SRC_DISCOVERY_DISCOVERY_PATHS_H
 
+#include "common/protocol.h"
+
 namespace qel {
 namespace discovery {
 
 constexpr const char kInventoryFile[] = "/opt/velmora/qel/etc/devices.tmp";
 constexpr const char kPciIdsFile[] = "/usr/share/hwdata/pci.ids";
-constexpr const char kMofFile[] = "/opt/velmora/qel/etc/qelvelmora.mof";
+using protocol::kMofFile;  // shared with somctl
 constexpr const char kProviderDir[] = "/opt/velmora/qel/provider";
 
 // Positions of the PCI numbers in a device identifier.
