@@ -12,8 +12,10 @@
 // a null pointer belongs to the caller, who deletes (or releases) it, and
 // with it every nested object that a decoder added.
 //
-// Threads: an object holds no lock and keeps no state between calls; make
-// the calls on one object one at a time. Separate objects are independent.
+// Threads: an object holds no lock; between calls it keeps only the
+// transport's receive storage (as large as the largest reply it took, at
+// most 4 MiB) and the socket configuration last read. Make the calls on one
+// object one at a time. Separate objects are independent.
 #ifndef QEL_CSOMIF_H
 #define QEL_CSOMIF_H
 
@@ -44,7 +46,7 @@ class QEL_SOMIF_API CSomIf : public CFileTransfer {
     // the text unchanged when it holds no "(".
     std::string getShortFuncName(const std::string& func);
 
-    // The header: "%08d%08lx%s/%s%08d%08d" of header length, 0xcafefeed,
+    // The header: "%08d%08lx%s/%s%08d%08u" of header length, 0xcafefeed,
     // class, method, 0 and body length. Class and method together must stay
     // below 991 characters (a longer header is cut at 1023 characters).
     std::string getMsgHead(std::string className, const char* func, uint32_t bodyLength);
@@ -225,9 +227,6 @@ class QEL_SOMIF_API CSomIf : public CFileTransfer {
     // Whether a device of the inventory is among the sections of the
     // provider's INI file under "/opt/velmora/qel/provider".
     bool isDeviceAlive(CMofContents provider);
-
-  private:
-    std::string m_traceName;
 };
 
 #endif  // QEL_CSOMIF_H

@@ -3,7 +3,9 @@
 // One connection per exchange over a Unix-domain stream socket: SendMessage
 // connects and writes a whole request, RecvMessage reads the one reply and
 // closes the connection. The socket's path and the time-out come from a
-// configuration file of `key=value` lines, read again at every connect:
+// configuration file of `key=value` lines, read again at every connect whose
+// file differs from the one read last (device, inode, size, change and
+// modification times):
 //
 //     socket=/run/qel/som.sock   # required
 //     timeout=300                # seconds for the connect, the send and the
@@ -20,6 +22,8 @@
 #ifndef QEL_CFILETRANSFER_H
 #define QEL_CFILETRANSFER_H
 
+#include <cstddef>
+#include <memory>
 #include <string>
 
 #include "QelExport.h"
@@ -47,6 +51,20 @@ class QEL_FRAMEWORK_API CFileTransfer {
     // time-out, on a socket error, or without a connection.
     int RecvMessage(char* buffer, int bufferSize, int headerLength);
 
+    // One whole exchange: the request written as SendMessage writes it, then
+    // the reply read as RecvMessage reads it into storage that this object
+    // keeps for the next exchange, grown to what the reply's body-length field
+    // announces, at most maxReplySize - 1 bytes and a NUL. Returns the number
+    // of bytes stored, kNotSent when the request did not go out, or -1 when
+    // the reply did not come whole (what came is still stored). ReplyBytes()
+    // reads the reply until the next exchange.
+    static constexpr int kNotSent = -2;
+    int Exchange(const std::string& request, int headerLength, std::size_t maxReplySize);
+    // The same exchange into the caller's buffer, as RecvMessage fills it.
+    int Exchange(const std::string& request, int headerLength, char* buffer, int bufferSize);
+    // The reply stored by the last Exchange into this object's storage.
+    char* ReplyBytes();
+
     // Reads a configuration file as the transport does (an absolute path
     // through CFileUtility::SystemPath); false without a `socket` line.
     static bool ReadConfiguration(const std::string& configFile, std::string& socketPath,
@@ -65,8 +83,26 @@ class QEL_FRAMEWORK_API CFileTransfer {
     const std::string& SocketPath() const { return socketPath_; }
     int TimeoutSeconds() const { return timeoutSeconds_; }
 
+  protected:
+    // The name this object traces under.
+    const std::string& TraceName() const { return name_; }
+
   private:
+    class ReplySink;
+    struct ConfigurationStamp {
+        std::string path;
+        unsigned long long device = 0, inode = 0;
+        long long size = -1, changed = 0, modified = 0;
+        bool operator==(const ConfigurationStamp& other) const;
+    };
+
     void CloseConnection();
+    // The socket path and time-out, read again only when the file changed.
+    bool LoadConfiguration();
+    int Send(const std::string& message);
+    int Receive(ReplySink& sink, int headerLength);
+    // Where a whole request goes out and its reply comes back.
+    int ExchangeThrough(const std::string& request, int headerLength, ReplySink& sink);
     // Records where and why (errno) an exchange failed; returns -1.
     int Fail(Stage stage);
 
@@ -77,6 +113,9 @@ class QEL_FRAMEWORK_API CFileTransfer {
     std::string socketPath_;
     Stage lastFailedStage_ = Stage::kNone;
     int lastErrno_ = 0;
+    ConfigurationStamp configurationStamp_;
+    std::unique_ptr<char[]> replyStorage_;
+    std::size_t replyCapacity_ = 0;
 };
 
 #endif  // QEL_CFILETRANSFER_H

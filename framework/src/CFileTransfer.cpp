@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <time.h>
 #include <unistd.h>
@@ -13,10 +14,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <memory>
 
 #include "CFileUtility.h"
 #include "CTraceUtility.h"
+#include "exchange_recorder.h"
 #include "text_util.h"
 
 namespace {
@@ -147,35 +148,6 @@ ssize_t ReadSome(int fd, char* data, std::size_t size, const Deadline& deadline)
     }
 }
 
-// Receives into the caller's buffer while it has room (no copy) and into a
-// drain area after that; what does not fit is dropped.
-class ReplySink {
-  public:
-    ReplySink(char* buffer, int bufferSize)
-        : buffer_(buffer), capacity_(static_cast<std::size_t>(bufferSize - 1)) {}
-    // Reads up to `want` bytes; the result of ReadSome. `*data` points at them.
-    ssize_t Receive(int fd, std::size_t want, const Deadline& deadline, const char** data) {
-        std::size_t room = capacity_ - stored_;
-        char* target = room > 0 ? buffer_ + stored_ : drain_;
-        std::size_t limit = room > 0 ? room : sizeof drain_;
-        ssize_t n = ReadSome(fd, target, want < limit ? want : limit, deadline);
-        if (n > 0 && room > 0)
-            stored_ += static_cast<std::size_t>(n);
-        *data = target;
-        return n;
-    }
-    int Finish() {
-        buffer_[stored_] = '\0';
-        return static_cast<int>(stored_);
-    }
-
-  private:
-    char* buffer_;
-    std::size_t capacity_;
-    std::size_t stored_ = 0;
-    char drain_[64 * 1024];
-};
-
 // The value without a comment: a '#' at its start or after a blank begins
 // one, so a '#' inside a path ("/run/a#b.sock") stays part of it.
 std::string WithoutComment(const std::string& value) {
@@ -198,11 +170,15 @@ bool ParseTimeout(const std::string& value, int& seconds) {
     return true;
 }
 
-bool ReadConfigurationFile(const std::string& configFile, std::string& socketPath,
-                           int& timeoutSeconds, const std::string& traceSource) {
-    std::string path = configFile;
-    if (!path.empty() && path[0] == '/')
-        path = CFileUtility::SystemPath(path);
+std::string ResolvedPath(const std::string& configFile) {
+    return !configFile.empty() && configFile[0] == '/' ? CFileUtility::SystemPath(configFile)
+                                                       : configFile;
+}
+
+// `path` is the resolved form of `configFile`, which the trace names.
+bool ReadConfigurationFile(const std::string& configFile, const std::string& path,
+                           std::string& socketPath, int& timeoutSeconds,
+                           const std::string& traceSource) {
     errno = 0;
     std::ifstream in(path);
     if (!in) {
@@ -236,6 +212,83 @@ bool ReadConfigurationFile(const std::string& configFile, std::string& socketPat
 
 }  // namespace
 
+// Receives into a buffer while it has room (no copy) and into a drain area
+// after that; what does not fit is dropped. Over the transport's own storage
+// the buffer grows, up to the limit, to what the reply announces.
+class CFileTransfer::ReplySink {
+  public:
+    ReplySink(char* buffer, std::size_t size)
+        : buffer_(buffer), capacity_(size), limit_(size - 1) {}
+    ReplySink(CFileTransfer& owner, std::size_t maxReplySize)
+        : owner_(&owner), limit_(maxReplySize - 1) {
+        Reserve(kInitialStorage < limit_ ? kInitialStorage : limit_);
+    }
+    // Makes room for `bytes` stored bytes (and the NUL) where storage can grow.
+    void Reserve(std::size_t bytes) {
+        if (owner_ == nullptr)
+            return;
+        bytes = bytes < limit_ ? bytes : limit_;
+        if (owner_->replyCapacity_ < bytes + 1) {
+            std::unique_ptr<char[]> grown(new char[bytes + 1]);
+            if (stored_ > 0)
+                std::memcpy(grown.get(), owner_->replyStorage_.get(), stored_);
+            owner_->replyStorage_ = std::move(grown);
+            owner_->replyCapacity_ = bytes + 1;
+        }
+        buffer_ = owner_->replyStorage_.get();
+        capacity_ = owner_->replyCapacity_;
+    }
+    // Reads up to `want` bytes; the result of ReadSome. `*data` points at them.
+    ssize_t Receive(int fd, std::size_t want, const Deadline& deadline, const char** data) {
+        if (Room() == 0 && stored_ < limit_)
+            Reserve(2 * capacity_);  // no announced length: grow as bytes come
+        const std::size_t room = Room();
+        char* target = room > 0 ? buffer_ + stored_ : Drain();
+        const std::size_t limit = room > 0 ? room : kDrainSize;
+        ssize_t n = ReadSome(fd, target, want < limit ? want : limit, deadline);
+        if (n > 0 && room > 0)
+            stored_ += static_cast<std::size_t>(n);
+        *data = target;
+        return n;
+    }
+    int Finish() {
+        buffer_[stored_] = '\0';
+        return static_cast<int>(stored_);
+    }
+    std::string Stored() const { return std::string(buffer_ ? buffer_ : "", stored_); }
+    // Drops what came: the reply reads as "".
+    void Discard() {
+        stored_ = 0;
+        Finish();
+    }
+
+  private:
+    static constexpr std::size_t kInitialStorage = 4096;
+    static constexpr std::size_t kDrainSize = 64 * 1024;
+
+    std::size_t Room() const {
+        const std::size_t usable = capacity_ - 1 < limit_ ? capacity_ - 1 : limit_;
+        return usable - stored_;
+    }
+    char* Drain() {
+        if (!drain_)
+            drain_.reset(new char[kDrainSize]);
+        return drain_.get();
+    }
+
+    CFileTransfer* owner_ = nullptr;
+    char* buffer_ = nullptr;
+    std::size_t capacity_ = 0;
+    std::size_t limit_;
+    std::size_t stored_ = 0;
+    std::unique_ptr<char[]> drain_;
+};
+
+bool CFileTransfer::ConfigurationStamp::operator==(const ConfigurationStamp& other) const {
+    return path == other.path && device == other.device && inode == other.inode &&
+           size == other.size && changed == other.changed && modified == other.modified;
+}
+
 CFileTransfer::CFileTransfer(std::string name, std::string configFile)
     : name_(std::move(name)), configFile_(std::move(configFile)) {}
 
@@ -257,17 +310,40 @@ void CFileTransfer::CloseConnection() {
 
 bool CFileTransfer::ReadConfiguration(const std::string& configFile, std::string& socketPath,
                                       int& timeoutSeconds) {
-    return ReadConfigurationFile(configFile, socketPath, timeoutSeconds, kTraceSource);
+    return ReadConfigurationFile(configFile, ResolvedPath(configFile), socketPath, timeoutSeconds,
+                                 kTraceSource);
 }
 
-int CFileTransfer::SendMessage(std::string message) {
-    CloseConnection();
-    Fail(Stage::kNone);
+bool CFileTransfer::LoadConfiguration() {
+    ConfigurationStamp stamp;
+    stamp.path = ResolvedPath(configFile_);
+    struct stat info;
+    if (stat(stamp.path.c_str(), &info) == 0) {
+        stamp.device = info.st_dev;
+        stamp.inode = info.st_ino;
+        stamp.size = info.st_size;
+        stamp.changed = info.st_ctim.tv_sec * 1000000000LL + info.st_ctim.tv_nsec;
+        stamp.modified = info.st_mtim.tv_sec * 1000000000LL + info.st_mtim.tv_nsec;
+        if (stamp == configurationStamp_ && !socketPath_.empty())
+            return true;
+    }
+    configurationStamp_ = ConfigurationStamp();
     socketPath_.clear();
     int timeoutSeconds = kDefaultTimeoutSeconds;
-    if (!ReadConfigurationFile(configFile_, socketPath_, timeoutSeconds, name_))
-        return Fail(Stage::kConfiguration);
+    if (!ReadConfigurationFile(configFile_, stamp.path, socketPath_, timeoutSeconds, name_))
+        return false;
     timeoutSeconds_ = timeoutSeconds;
+    if (stamp.size >= 0)
+        configurationStamp_ = stamp;  // stat'ed before the read: a later change is noticed
+    return true;
+}
+
+int CFileTransfer::Send(const std::string& message) {
+    qel::RecordedSend recorded(this, message, lastFailedStage_, lastErrno_);
+    CloseConnection();
+    Fail(Stage::kNone);
+    if (!LoadConfiguration())
+        return Fail(Stage::kConfiguration);
     fd_ = Connect(socketPath_, Deadline(timeoutSeconds_));
     if (fd_ < 0)
         return Fail(Stage::kConnect);
@@ -280,6 +356,10 @@ int CFileTransfer::SendMessage(std::string message) {
                                                               : static_cast<int>(message.size());
 }
 
+int CFileTransfer::SendMessage(std::string message) {
+    return Send(message);
+}
+
 int CFileTransfer::RecvMessage(char* buffer, int bufferSize, int headerLength) {
     if (fd_ < 0 || buffer == nullptr || bufferSize <= 0) {
         errno = fd_ < 0 ? ENOTCONN : EINVAL;
@@ -287,24 +367,65 @@ int CFileTransfer::RecvMessage(char* buffer, int bufferSize, int headerLength) {
         CloseConnection();
         return -1;
     }
+    ReplySink sink(buffer, static_cast<std::size_t>(bufferSize));
+    return Receive(sink, headerLength);
+}
+
+int CFileTransfer::ExchangeThrough(const std::string& request, int headerLength, ReplySink& sink) {
+    if (Send(request) < 0) {
+        sink.Finish();
+        return kNotSent;
+    }
+    return Receive(sink, headerLength);
+}
+
+int CFileTransfer::Exchange(const std::string& request, int headerLength,
+                            std::size_t maxReplySize) {
+    ReplySink sink(*this, maxReplySize > 0 ? maxReplySize : 1);
+    return ExchangeThrough(request, headerLength, sink);
+}
+
+int CFileTransfer::Exchange(const std::string& request, int headerLength, char* buffer,
+                            int bufferSize) {
+    if (buffer == nullptr || bufferSize <= 0) {
+        if (Send(request) < 0)
+            return kNotSent;
+        return RecvMessage(buffer, bufferSize, headerLength);
+    }
+    ReplySink sink(buffer, static_cast<std::size_t>(bufferSize));
+    return ExchangeThrough(request, headerLength, sink);
+}
+
+char* CFileTransfer::ReplyBytes() {
+    if (!replyStorage_) {
+        replyStorage_.reset(new char[1]);
+        replyStorage_[0] = '\0';
+        replyCapacity_ = 1;
+    }
+    return replyStorage_.get();
+}
+
+int CFileTransfer::Receive(ReplySink& sink, int headerLength) {
+    qel::RecordedReceive recorded(this, lastFailedStage_, lastErrno_,
+                                  [&sink] { return sink.Stored(); });
     Fail(Stage::kNone);
     const Deadline deadline(timeoutSeconds_);
-    std::unique_ptr<ReplySink> sink(new ReplySink(buffer, bufferSize));
 
     // The header, keeping its last 8 characters: the body-length field.
     const std::size_t header = headerLength > 0 ? static_cast<std::size_t>(headerLength) : 0;
+    sink.Reserve(header);
     char lengthField[kLengthFieldWidth];
     std::size_t lengthFieldFill = 0;
     std::size_t got = 0;
     while (got < header) {
         const char* data = nullptr;
-        ssize_t n = sink->Receive(fd_, header - got, deadline, &data);
+        ssize_t n = sink.Receive(fd_, header - got, deadline, &data);
         if (n <= 0) {
             if (n == 0)
                 errno = ECONNRESET;  // closed before a whole header
             Fail(Stage::kReceive);
             CloseConnection();
-            buffer[0] = '\0';
+            sink.Discard();
             return -1;
         }
         for (ssize_t i = 0; i < n; ++i) {
@@ -326,13 +447,15 @@ int CFileTransfer::RecvMessage(char* buffer, int bufferSize, int headerLength) {
             remaining = remaining * 10 + static_cast<unsigned>(lengthField[i] - '0');
         }
     }
+    if (knownLength)
+        sink.Reserve(header + static_cast<std::size_t>(remaining));
     bool failed = false;
     while (!knownLength || remaining > 0) {
         std::size_t want = 1 << 20;
         if (knownLength && remaining < want)
             want = static_cast<std::size_t>(remaining);
         const char* data = nullptr;
-        ssize_t n = sink->Receive(fd_, want, deadline, &data);
+        ssize_t n = sink.Receive(fd_, want, deadline, &data);
         if (n == 0)
             break;  // the service closed: keep what came
         if (n < 0) {
@@ -344,6 +467,6 @@ int CFileTransfer::RecvMessage(char* buffer, int bufferSize, int headerLength) {
             remaining -= static_cast<unsigned long long>(n);
     }
     CloseConnection();
-    int stored = sink->Finish();
+    int stored = sink.Finish();
     return failed ? -1 : stored;
 }

@@ -26,7 +26,7 @@ bool CSomIf::readDeviceInfo(std::list<std::string>& devices) {
     const std::string path = CFileUtility::SystemPath(kInventoryFile);
     std::ifstream in(path);
     if (!in) {
-        qel::TraceMessage(m_traceName, qel::kLevelError, qel::sig::kReadDeviceInfo,
+        qel::TraceMessage(TraceName(), qel::kLevelError, qel::sig::kReadDeviceInfo,
                           qel::sig::kMsgFileNotFound, path.c_str());
         return false;
     }
@@ -109,5 +109,5 @@ void DeviceNamer::Name(CVelmora_DeviceInfo& device) {
 }  // namespace qel
 
 void CSomIf::GetDeviceName(CVelmora_DeviceInfo& device) {
-    qel::discovery::DeviceNamer(m_traceName, /*batch=*/false).Name(device);
+    qel::discovery::DeviceNamer(TraceName(), /*batch=*/false).Name(device);
 }

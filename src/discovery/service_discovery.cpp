@@ -45,17 +45,17 @@ void SelectServices(const std::string& traceName, const char* signature, int32_t
 }  // namespace
 
 HRESULT CSomIf::GetDeviceService(strpairvect_t& services) {
-    SelectServices(m_traceName, qel::sig::kGetDeviceService, kDeviceKind, kDeviceFlags, services);
+    SelectServices(TraceName(), qel::sig::kGetDeviceService, kDeviceKind, kDeviceFlags, services);
     return 0;
 }
 
 HRESULT CSomIf::GetToolService(strpairvect_t& services) {
-    SelectServices(m_traceName, qel::sig::kGetToolService, kToolKind, kToolFlags, services);
+    SelectServices(TraceName(), qel::sig::kGetToolService, kToolKind, kToolFlags, services);
     return 0;
 }
 
 bool CSomIf::isDeviceAlive(CMofContents provider) {
-    qel::TraceEnter(m_traceName, qel::sig::kIsDeviceAlive, provider.ClassName);
+    qel::TraceEnter(TraceName(), qel::sig::kIsDeviceAlive, provider.ClassName);
     CIniFileReader ini(CFileUtility::SystemPath(kProviderDir) + "/" + provider.ProviderFile);
     std::list<std::string> sections;
     ini.list_section(sections);
@@ -70,6 +70,6 @@ bool CSomIf::isDeviceAlive(CMofContents provider) {
                 return true;
         }
     }
-    qel::TraceLeave(m_traceName, qel::sig::kIsDeviceAlive, 0, qel::RcForm::kSigned64);
+    qel::TraceLeave(TraceName(), qel::sig::kIsDeviceAlive, 0, qel::RcForm::kSigned64);
     return false;
 }

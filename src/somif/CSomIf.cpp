@@ -9,14 +9,14 @@
 #include "wire.h"
 
 CSomIf::CSomIf(std::string traceName)
-    : CFileTransfer(traceName, qel::wire::kSocketConfig), m_traceName(std::move(traceName)) {
-    qel::TraceEnter(m_traceName, qel::sig::kConstructor);
-    qel::TraceLeave(m_traceName, qel::sig::kConstructor);
+    : CFileTransfer(std::move(traceName), qel::wire::kSocketConfig) {
+    qel::TraceEnter(TraceName(), qel::sig::kConstructor);
+    qel::TraceLeave(TraceName(), qel::sig::kConstructor);
 }
 
 CSomIf::~CSomIf() {
-    qel::TraceEnter(m_traceName, qel::sig::kDestructor);
-    qel::TraceLeave(m_traceName, qel::sig::kDestructor);
+    qel::TraceEnter(TraceName(), qel::sig::kDestructor);
+    qel::TraceLeave(TraceName(), qel::sig::kDestructor);
 }
 
 std::string CSomIf::getShortFuncName(const std::string& func) {
@@ -31,7 +31,7 @@ std::string CSomIf::getShortFuncName(const std::string& func) {
 }
 
 std::string CSomIf::getMsgHead(std::string className, const char* func, uint32_t bodyLength) {
-    qel::TraceEnter(m_traceName, qel::sig::kGetMsgHead);
+    qel::TraceEnter(TraceName(), qel::sig::kGetMsgHead);
     const std::string method = getShortFuncName(func != nullptr ? func : "");
     const int headerLength = qel::wire::kHeaderFixedLength + static_cast<int>(method.size()) +
                              static_cast<int>(className.size());
@@ -44,14 +44,14 @@ std::string CSomIf::getMsgHead(std::string className, const char* func, uint32_t
         const std::string why = "a header of " + std::to_string(written) +
                                 " bytes does not fit the " + std::to_string(sizeof buffer) +
                                 "-byte buffer: not sent";
-        qel::TraceMessage(m_traceName, qel::kLevelError, qel::sig::kGetMsgHead, "%s", why.c_str());
+        qel::TraceMessage(TraceName(), qel::kLevelError, qel::sig::kGetMsgHead, "%s", why.c_str());
     }
     if (written > 0) {
         header.assign(buffer, static_cast<std::size_t>(written) < sizeof buffer
                                   ? static_cast<std::size_t>(written)
                                   : sizeof buffer - 1);
     }
-    qel::TraceLeave(m_traceName, qel::sig::kGetMsgHead);
+    qel::TraceLeave(TraceName(), qel::sig::kGetMsgHead);
     return header;
 }
 

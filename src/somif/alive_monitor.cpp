@@ -3,16 +3,11 @@
 #include "CSomIf.h"
 #include "QelItemText.h"
 #include "common/trace.h"
+#include "exchange.h"
 #include "somif_signatures.h"
 #include "wire.h"
 
 namespace {
-
-// The wire methods are singular where the operations are plural.
-const char kUpdateMethod[] = "AliveMonitorUpdateParameter";
-const char kClearMethod[] = "AliveMonitorClearParameter";
-const char kSetMethod[] = "AliveMonitorSetParameter";
-const char kGetMethod[] = "AliveMonitorGetParameter";
 
 // A string item built by hand: the caller's text goes in unescaped.
 void AppendRawStringItem(std::string& body, const char* name, const std::string& value) {
@@ -22,45 +17,46 @@ void AppendRawStringItem(std::string& body, const char* name, const std::string&
 }  // namespace
 
 HRESULT CSomIf::AliveMonitorUpdateParameters() {
-    qel::TraceEnter(m_traceName, qel::sig::kAliveMonitorUpdateParameters);
-    int rc = TransMessage(kUpdateMethod, qel::wire::kToolServiceWD, nullptr);
-    qel::TraceLeave(m_traceName, qel::sig::kAliveMonitorUpdateParameters, rc,
+    qel::TraceEnter(TraceName(), qel::sig::kAliveMonitorUpdateParameters);
+    int rc = TransMessage(qel::wire::method::kAliveUpdate, qel::wire::kToolServiceWD, nullptr);
+    qel::TraceLeave(TraceName(), qel::sig::kAliveMonitorUpdateParameters, rc,
                     qel::RcForm::kWidenedUnsigned64);
     return qel::ZeroExtend(rc);
 }
 
 HRESULT CSomIf::AliveMonitorClearParameters() {
-    qel::TraceEnter(m_traceName, qel::sig::kAliveMonitorClearParameters);
-    int rc = TransMessage(kClearMethod, qel::wire::kToolServiceWD, nullptr);
-    qel::TraceLeave(m_traceName, qel::sig::kAliveMonitorClearParameters, rc,
+    qel::TraceEnter(TraceName(), qel::sig::kAliveMonitorClearParameters);
+    int rc = TransMessage(qel::wire::method::kAliveClear, qel::wire::kToolServiceWD, nullptr);
+    qel::TraceLeave(TraceName(), qel::sig::kAliveMonitorClearParameters, rc,
                     qel::RcForm::kWidenedUnsigned64);
     return qel::ZeroExtend(rc);
 }
 
 HRESULT CSomIf::AliveMonitorSetParameter(std::string name, std::string value) {
-    qel::TraceEnter(m_traceName, qel::sig::kAliveMonitorSetParameter);
+    qel::TraceEnter(TraceName(), qel::sig::kAliveMonitorSetParameter);
     std::string body;
-    AppendRawStringItem(body, "Name", name);
-    AppendRawStringItem(body, "Value", value);
-    int rc = TransMessage(kSetMethod, qel::wire::kToolServiceWD, body);
-    qel::TraceLeave(m_traceName, qel::sig::kAliveMonitorSetParameter, rc,
+    AppendRawStringItem(body, qel::wire::param::kName, name);
+    AppendRawStringItem(body, qel::wire::param::kValue, value);
+    int rc = TransMessage(qel::wire::method::kAliveSet, qel::wire::kToolServiceWD, body);
+    qel::TraceLeave(TraceName(), qel::sig::kAliveMonitorSetParameter, rc,
                     qel::RcForm::kWidenedUnsigned64);
     return qel::ZeroExtend(rc);
 }
 
 HRESULT CSomIf::AliveMonitorGetParameter(std::string name, std::string& value, unsigned int& type) {
-    qel::TraceEnter(m_traceName, qel::sig::kAliveMonitorGetParameter);
-    std::string reply;
-    AppendRawStringItem(reply, "Name", name);
-    int rc = TransMessage(kGetMethod, qel::wire::kToolServiceWD, reply);
+    qel::TraceEnter(TraceName(), qel::sig::kAliveMonitorGetParameter);
+    std::string request;
+    AppendRawStringItem(request, qel::wire::param::kName, name);
+    const qel::somif::Exchanged exchanged = qel::somif::Exchange(
+        *this, TraceName(), qel::wire::method::kAliveGet, qel::wire::kToolServiceWD, request);
+    const int rc = exchanged.rc;
     if (!qel::wire::IsNegative(rc)) {
-        CSerializedMsg codec(m_traceName);
-        char* body = &reply[0] + getSpecificPos(reply);
-        char* next = codec.compareItem(body, "Value", value);
+        CSerializedMsg codec(TraceName());
+        char* next = codec.compareItem(exchanged.reply.body, qel::wire::param::kValue, value);
         int number = static_cast<int>(type);
-        codec.compareItem(next, "Type", number);
+        codec.compareItem(next, qel::wire::param::kType, number);
         type = static_cast<unsigned int>(number);
     }
-    qel::TraceLeave(m_traceName, qel::sig::kAliveMonitorGetParameter, rc, qel::RcForm::kSigned32);
+    qel::TraceLeave(TraceName(), qel::sig::kAliveMonitorGetParameter, rc, qel::RcForm::kSigned32);
     return qel::ZeroExtend(rc);
 }

@@ -1,6 +1,5 @@
 // CSomIf: status, version lists and logs.
 #include <cstring>
-#include <memory>
 
 #include "CFileUtility.h"
 #include "CIniFileReader.h"
@@ -9,27 +8,12 @@
 #include "CTraceUtility.h"
 #include "CVersionUpLog.h"
 #include "common/trace.h"
+#include "exchange.h"
 #include "list_exchange.h"
 #include "somif_signatures.h"
 #include "wire.h"
 
 namespace {
-
-const char kCollectQelVersion[] = "CollectQelVersion";
-const char kCollectVersionUpLog[] = "CollectVersionUpLog";
-const char kCollectDownloadLog[] = "CollectDownloadLog";
-const char kCollectResultLog[] = "CollectResultLog";
-
-const char kStatusFile[] = "/ProcessStatus.ini";
-const char kStatusSection[] = "icon";
-const char kStatusKey[] = "status";
-const char kTypeKey[] = "type";
-const char kDownloading[] = "download";
-const char kUpdatingPrefix[] = "update";
-const char kRollback[] = "rollback";
-const LONG kStatusUpdate = 0x8001;
-const LONG kStatusRollback = 0x8002;
-const LONG kStatusDownload = 0x8003;
 
 // The log results are handed back reduced to 32 bits when negative.
 HRESULT ReduceNegative(HRESULT result) {
@@ -39,83 +23,74 @@ HRESULT ReduceNegative(HRESULT result) {
 }  // namespace
 
 HRESULT CSomIf::CollectQelVersion(std::vector<CVELMORA_QelVersionInfo>& versions) {
-    qel::TraceEnter(m_traceName, qel::sig::kCollectQelVersion);
-    int rc = qel::ExchangeSmallList(*this, m_traceName, kCollectQelVersion, qel::wire::kQelVersion,
-                                    std::string(), versions);
-    qel::TraceLeave(m_traceName, qel::sig::kCollectQelVersion, rc, qel::RcForm::kSigned32);
+    qel::TraceEnter(TraceName(), qel::sig::kCollectQelVersion);
+    int rc =
+        qel::somif::ExchangeSmallList(*this, TraceName(), qel::wire::method::kCollectQelVersion,
+                                      qel::wire::kQelVersion, std::string(), versions);
+    qel::TraceLeave(TraceName(), qel::sig::kCollectQelVersion, rc, qel::RcForm::kSigned32);
     return qel::ZeroExtend(rc);
 }
 
 HRESULT CSomIf::CollectVersionUpLog(std::vector<CVELMORA_VersionUpdateLog>& logs) {
-    qel::TraceEnter(m_traceName, qel::sig::kCollectVersionUpLog);
-    std::string reply;
-    int rc = TransMessage(kCollectVersionUpLog, qel::wire::kLogManager, reply);
+    qel::TraceEnter(TraceName(), qel::sig::kCollectVersionUpLog);
+    const qel::somif::Exchanged exchanged =
+        qel::somif::Exchange(*this, TraceName(), qel::wire::method::kCollectVersionUpLog,
+                             qel::wire::kLogManager, std::string());
+    const int rc = exchanged.rc;
     if (!qel::wire::IsNegative(rc)) {
-        CVersionUpLog codec(m_traceName);
-        codec.toObject(&reply[0] + getSpecificPos(reply), logs);
+        CVersionUpLog codec(TraceName());
+        codec.toObject(exchanged.reply.body, logs);
     }
-    qel::TraceLeave(m_traceName, qel::sig::kCollectVersionUpLog, rc, qel::RcForm::kSigned32);
+    qel::TraceLeave(TraceName(), qel::sig::kCollectVersionUpLog, rc, qel::RcForm::kSigned32);
     return qel::ZeroExtend(rc);
 }
 
 HRESULT CSomIf::getManagerLog(const char* method, const char* body,
                               std::vector<std::string>& lines) {
-    qel::TraceEnter(m_traceName, qel::sig::kGetManagerLog);
-    const std::string text = body != nullptr ? body : "";
-    const std::string header =
-        getMsgHead(qel::wire::kLogManager, method, static_cast<uint32_t>(text.size()));
-    const int headerLength = static_cast<int>(header.size());
-    HRESULT result = -1;
-    if (qel::wire::HeaderIsWhole(header) && SendMessage(header + text) != -1) {
-        std::unique_ptr<char[]> buffer(new char[qel::wire::kReplyBufferSize]);
-        buffer[0] = '\0';
-        const int received =
-            RecvMessage(buffer.get(), static_cast<int>(qel::wire::kReplyBufferSize), headerLength);
-        if (received < 0) {
-            // Nothing arrived to read a result from: the exchange's own code.
-            result = qel::wire::kReceiveFailed;
-        } else {
-            result = getResult(headerLength, buffer.get());
-            if (result == 0) {
-                // The body is located by the request's header length.
-                const int offset = received < headerLength ? received : headerLength;
-                CSerializedMsg codec(m_traceName);
-                codec.StringArray2Array(buffer.get() + offset, lines);
-            }
-        }
+    qel::TraceEnter(TraceName(), qel::sig::kGetManagerLog);
+    const qel::somif::Reply reply = qel::somif::Transfer(
+        *this, method, qel::wire::kLogManager, body != nullptr ? body : "", qel::somif::kLogRules);
+    const HRESULT result = qel::somif::ResultOf(TraceName(), reply, qel::somif::kLogRules);
+    if (reply.state == qel::somif::Reply::State::kReceived && result == 0) {
+        CSerializedMsg codec(TraceName());
+        codec.StringArray2Array(reply.body, lines);
     }
-    qel::TraceLeave(m_traceName, qel::sig::kGetManagerLog, result, qel::RcForm::kUnsigned64);
+    qel::TraceLeave(TraceName(), qel::sig::kGetManagerLog, result, qel::RcForm::kUnsigned64);
     return result;
 }
 
 HRESULT CSomIf::CollectDownloadLog(std::string appKey, std::vector<std::string>& lines) {
-    qel::TraceEnter(m_traceName, qel::sig::kCollectDownloadLog, appKey);
-    HRESULT result = getManagerLog(kCollectDownloadLog, getStrParam(appKey).c_str(), lines);
-    qel::TraceLeave(m_traceName, qel::sig::kCollectDownloadLog, result, qel::RcForm::kUnsigned64);
+    qel::TraceEnter(TraceName(), qel::sig::kCollectDownloadLog, appKey);
+    HRESULT result =
+        getManagerLog(qel::wire::method::kCollectDownloadLog, getStrParam(appKey).c_str(), lines);
+    qel::TraceLeave(TraceName(), qel::sig::kCollectDownloadLog, result, qel::RcForm::kUnsigned64);
     return ReduceNegative(result);
 }
 
 HRESULT CSomIf::CollectResultLog(std::string appKey, std::vector<std::string>& lines) {
-    qel::TraceEnter(m_traceName, qel::sig::kCollectResultLog);
-    HRESULT result = getManagerLog(kCollectResultLog, getStrParam(appKey).c_str(), lines);
-    qel::TraceLeave(m_traceName, qel::sig::kCollectResultLog, result, qel::RcForm::kUnsigned64);
+    qel::TraceEnter(TraceName(), qel::sig::kCollectResultLog);
+    HRESULT result =
+        getManagerLog(qel::wire::method::kCollectResultLog, getStrParam(appKey).c_str(), lines);
+    qel::TraceLeave(TraceName(), qel::sig::kCollectResultLog, result, qel::RcForm::kUnsigned64);
     return ReduceNegative(result);
 }
 
 HRESULT CSomIf::GetQELStatus(LONG& status) {
-    qel::TraceEnter(m_traceName, qel::sig::kGetQELStatus);
+    qel::TraceEnter(TraceName(), qel::sig::kGetQELStatus);
     status = 0;
-    CIniFileReader reader(CFileUtility::GetInstallPath(2) + kStatusFile);
+    CIniFileReader reader(CFileUtility::GetInstallPath(2) + qel::wire::kProcessStatusFile);
     std::string value;
-    if (reader.find_section(kStatusSection, kStatusKey, value)) {
-        if (value == kDownloading) {
-            status = kStatusDownload;
-        } else if (value.compare(0, std::strlen(kUpdatingPrefix), kUpdatingPrefix) == 0) {
-            reader.find_section(kStatusSection, kTypeKey, value);
-            status = value == kRollback ? kStatusRollback : kStatusUpdate;
+    if (reader.find_section(qel::wire::status::kSection, qel::wire::status::kStatusKey, value)) {
+        if (value == qel::wire::status::kDownload) {
+            status = qel::wire::status::kCodeDownload;
+        } else if (value.compare(0, std::strlen(qel::wire::status::kUpdate),
+                                 qel::wire::status::kUpdate) == 0) {
+            reader.find_section(qel::wire::status::kSection, qel::wire::status::kTypeKey, value);
+            status = value == qel::wire::status::kRollback ? qel::wire::status::kCodeRollback
+                                                           : qel::wire::status::kCodeUpdate;
         }
     }
-    CTraceUtility::WriteDebug(m_traceName, qel::kLevelStatus, "%s ### status=%s, result=0x%x",
+    CTraceUtility::WriteDebug(TraceName(), qel::kLevelStatus, "%s ### status=%s, result=0x%x",
                               qel::sig::kGetQELStatus, value.c_str(),
                               static_cast<unsigned int>(status));
     reader.close();

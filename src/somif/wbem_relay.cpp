@@ -3,13 +3,11 @@
 #include "CSerializedMsg.h"
 #include "CSomIf.h"
 #include "common/trace.h"
+#include "exchange.h"
 #include "somif_signatures.h"
 #include "wire.h"
 
 namespace {
-
-// The setter's answer that turns TransUmMessage's result into success.
-const HRESULT kReturnValueTakenAsSuccess = 0x80041002L;
 
 void EnsureOutput(IWbemClassObject** outParams) {
     if (*outParams == nullptr)
@@ -26,41 +24,39 @@ unsigned long SignWidened(int rc) {
 HRESULT CSomIf::ExecMethod(OLECHAR* className, OLECHAR* methodName, long, IWbemContext*,
                            IWbemClassObject* inParams, IWbemClassObject** outParams,
                            IWbemCallResult**) {
-    qel::TraceEnter(m_traceName, qel::sig::kExecMethod);
+    qel::TraceEnter(TraceName(), qel::sig::kExecMethod);
     if (className == nullptr || methodName == nullptr)
         return -1;
     std::string body;
-    CSerializedMsg codec(m_traceName);
+    CSerializedMsg codec(TraceName());
     if (inParams != nullptr)
         codec.IWbem2String(*inParams, body);
     EnsureOutput(outParams);
-    int rc = TransMessage(methodName, className, body);  // body becomes the reply
+    const qel::somif::Exchanged exchanged =
+        qel::somif::Exchange(*this, TraceName(), methodName, className, body);
+    int rc = exchanged.rc;
     if (!qel::wire::IsTransportFamily(rc)) {
         CIWbemUtil::setReturnValueToIWbemClassObject(*outParams, SignWidened(rc));
         rc = 0;
     }
     // Items of the reply's body (a "ReturnValue" among them) stand on top.
-    const unsigned int pos = getSpecificPos(body);
-    codec.String2IWbem(&body[0] + pos, **outParams);
-    qel::TraceLeave(m_traceName, qel::sig::kExecMethod, rc, qel::RcForm::kSigned32);
+    codec.String2IWbem(exchanged.reply.body, **outParams);
+    qel::TraceLeave(TraceName(), qel::sig::kExecMethod, rc, qel::RcForm::kSigned32);
     return qel::ZeroExtend(rc);
 }
 
 int CSomIf::TransUmMessage(std::string className, std::string methodName,
                            IWbemClassObject* inParams, IWbemClassObject** outParams) {
-    qel::TraceEnter(m_traceName, qel::sig::kTransUmMessage, className + " " + methodName);
+    qel::TraceEnter(TraceName(), qel::sig::kTransUmMessage, className + " " + methodName);
     std::string body;
-    CSerializedMsg codec(m_traceName);
+    CSerializedMsg codec(TraceName());
     if (inParams != nullptr)
         codec.IWbem2String(*inParams, body);
     EnsureOutput(outParams);
-    int rc = TransMessage(methodName.c_str(), className, body);
-    if (!qel::wire::IsTransportFamily(rc)) {
-        HRESULT set = CIWbemUtil::setReturnValueToIWbemClassObject(*outParams, SignWidened(rc));
-        if (set == kReturnValueTakenAsSuccess)
-            rc = 0;
-    }
-    qel::TraceLeave(m_traceName, qel::sig::kTransUmMessage, rc, qel::RcForm::kSigned32);
+    const int rc = qel::somif::Exchange(*this, TraceName(), methodName.c_str(), className, body).rc;
+    if (!qel::wire::IsTransportFamily(rc))
+        CIWbemUtil::setReturnValueToIWbemClassObject(*outParams, SignWidened(rc));
+    qel::TraceLeave(TraceName(), qel::sig::kTransUmMessage, rc, qel::RcForm::kSigned32);
     return rc;
 }
 
@@ -74,18 +70,24 @@ struct RelayedMethod {
     bool traceClass;
 };
 
-const RelayedMethod kReboot = {qel::sig::kReboot, "Reboot", true};
-const RelayedMethod kApplyCheck = {qel::sig::kExecuteUpdateApplyCheck, "ExecuteUpdateApplyCheck",
-                                   true};
-const RelayedMethod kRegister = {qel::sig::kRegisterUpdateModule, "RegisterUpdateModule", true};
-const RelayedMethod kDependency = {qel::sig::kSetDependencyInfo, "SetDependencyInfo", true};
+const RelayedMethod kReboot = {qel::sig::kReboot, qel::wire::method::kReboot, true};
+const RelayedMethod kApplyCheck = {qel::sig::kExecuteUpdateApplyCheck,
+                                   qel::wire::method::kExecuteUpdateApplyCheck, true};
+const RelayedMethod kRegister = {qel::sig::kRegisterUpdateModule,
+                                 qel::wire::method::kRegisterUpdateModule, true};
+const RelayedMethod kDependency = {qel::sig::kSetDependencyInfo,
+                                   qel::wire::method::kSetDependencyInfo, true};
 const RelayedMethod kRelease = {qel::sig::kReleaseOperatingAuthorityRelay,
-                                "ReleaseOperatingAuthority", true};
-const RelayedMethod kAuthority = {qel::sig::kGetOperationAuthority, "GetOperatingAuthority", true};
-const RelayedMethod kRestore = {qel::sig::kExecuteUpdateRestore, "ExecuteUpdateRestore", true};
-const RelayedMethod kPreUpdate = {qel::sig::kExecutePreUpdate, "ExecutePreUpdate", true};
-const RelayedMethod kBackup = {qel::sig::kExecuteUpdateBackup, "ExecuteUpdateBackup", true};
-const RelayedMethod kUpdate = {qel::sig::kExecuteUpdate, "ExecuteUpdate", false};
+                                qel::wire::method::kReleaseOperatingAuthority, true};
+const RelayedMethod kAuthority = {qel::sig::kGetOperationAuthority,
+                                  qel::wire::method::kGetOperatingAuthority, true};
+const RelayedMethod kRestore = {qel::sig::kExecuteUpdateRestore,
+                                qel::wire::method::kExecuteUpdateRestore, true};
+const RelayedMethod kPreUpdate = {qel::sig::kExecutePreUpdate, qel::wire::method::kExecutePreUpdate,
+                                  true};
+const RelayedMethod kBackup = {qel::sig::kExecuteUpdateBackup,
+                               qel::wire::method::kExecuteUpdateBackup, true};
+const RelayedMethod kUpdate = {qel::sig::kExecuteUpdate, qel::wire::method::kExecuteUpdate, false};
 
 }  // namespace
 
@@ -108,40 +110,40 @@ HRESULT Relay(CSomIf& som, const std::string& traceName, const RelayedMethod& me
 }  // namespace
 
 HRESULT CSomIf::Reboot(std::string className, IWbemClassObject* in, IWbemClassObject** out) {
-    return Relay(*this, m_traceName, kReboot, className, in, out);
+    return Relay(*this, TraceName(), kReboot, className, in, out);
 }
 HRESULT CSomIf::ExecuteUpdateApplyCheck(std::string className, IWbemClassObject* in,
                                         IWbemClassObject** out) {
-    return Relay(*this, m_traceName, kApplyCheck, className, in, out);
+    return Relay(*this, TraceName(), kApplyCheck, className, in, out);
 }
 HRESULT CSomIf::RegisterUpdateModule(std::string className, IWbemClassObject* in,
                                      IWbemClassObject** out) {
-    return Relay(*this, m_traceName, kRegister, className, in, out);
+    return Relay(*this, TraceName(), kRegister, className, in, out);
 }
 HRESULT CSomIf::SetDependencyInfo(std::string className, IWbemClassObject* in,
                                   IWbemClassObject** out) {
-    return Relay(*this, m_traceName, kDependency, className, in, out);
+    return Relay(*this, TraceName(), kDependency, className, in, out);
 }
 HRESULT CSomIf::ReleaseOperatingAuthority(std::string className, IWbemClassObject* in,
                                           IWbemClassObject** out) {
-    return Relay(*this, m_traceName, kRelease, className, in, out);
+    return Relay(*this, TraceName(), kRelease, className, in, out);
 }
 HRESULT CSomIf::GetOperationAuthority(std::string className, IWbemClassObject* in,
                                       IWbemClassObject** out) {
-    return Relay(*this, m_traceName, kAuthority, className, in, out);
+    return Relay(*this, TraceName(), kAuthority, className, in, out);
 }
 HRESULT CSomIf::ExecuteUpdateRestore(std::string className, IWbemClassObject* in,
                                      IWbemClassObject** out) {
-    return Relay(*this, m_traceName, kRestore, className, in, out);
+    return Relay(*this, TraceName(), kRestore, className, in, out);
 }
 HRESULT CSomIf::ExecutePreUpdate(std::string className, IWbemClassObject* in,
                                  IWbemClassObject** out) {
-    return Relay(*this, m_traceName, kPreUpdate, className, in, out);
+    return Relay(*this, TraceName(), kPreUpdate, className, in, out);
 }
 HRESULT CSomIf::ExecuteUpdateBackup(std::string className, IWbemClassObject* in,
                                     IWbemClassObject** out) {
-    return Relay(*this, m_traceName, kBackup, className, in, out);
+    return Relay(*this, TraceName(), kBackup, className, in, out);
 }
 HRESULT CSomIf::ExecuteUpdate(std::string className, IWbemClassObject* in, IWbemClassObject** out) {
-    return Relay(*this, m_traceName, kUpdate, className, in, out);
+    return Relay(*this, TraceName(), kUpdate, className, in, out);
 }

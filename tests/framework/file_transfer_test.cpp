@@ -20,119 +20,142 @@ const std::string kHeader = "00000035cafefeedC/M0000000000000000";  // 35 bytes,
 class FileTransferTest : public ::testing::Test {
   protected:
     qel_test::TempSysroot root;
+    CFileTransfer reused{"t", kConfig};  // Exchange's storage carries over between calls
 
-    // One exchange; the reply as stored, or "<-1>".
-    static std::string Exchange(const std::string& message, int bufferSize) {
-        CFileTransfer transfer("t", kConfig);
-        if (transfer.SendMessage(message) == -1)
-            return "<send failed>";
-        std::vector<char> buffer(bufferSize + 8, 'Z');
-        int n = transfer.RecvMessage(buffer.data(), bufferSize, 35);
-        if (n < 0)
-            return "<-1>";
-        EXPECT_EQ(buffer[n], '\0');
-        EXPECT_EQ(buffer[n + 1], n + 1 < bufferSize ? buffer[n + 1] : 'Z');  // nothing past the NUL
-        return std::string(buffer.data(), n);
+    // One exchange through SendMessage and RecvMessage; the reply as stored, or
+    // "<-1>". The same script is then run through Exchange into the reused
+    // object's storage, which must store the same bytes.
+    std::string Exchange(FakeSomService& service, const Action& action, int bufferSize) {
+        std::string results[2];
+        for (std::string& result : results) {
+            service.Push(action);
+            std::vector<char> buffer(bufferSize + 8, 'Z');
+            CFileTransfer transfer("t", kConfig);
+            const bool first = &result == &results[0];
+            int n = first ? transfer.SendMessage(kHeader) : 0;
+            n = first ? (n < 0 ? -2 : transfer.RecvMessage(buffer.data(), bufferSize, 35))
+                      : reused.Exchange(kHeader, 35, static_cast<std::size_t>(bufferSize));
+            const char* text = first ? buffer.data() : reused.ReplyBytes();
+            result = n < 0 ? "<" + std::to_string(n) + ">" : std::string(text, n);
+            if (n >= 0 && first) {
+                EXPECT_EQ(buffer[n + 1], n + 1 < bufferSize ? buffer[n + 1] : 'Z');
+            }
+            EXPECT_EQ(text[n < 0 ? 0 : n], '\0');  // "" when nothing came whole
+        }
+        EXPECT_EQ(results[0], results[1]);
+        return results[0];
     }
 };
 
 TEST_F(FileTransferTest, RepliesAreStoredCutOrReadToTheClose) {
     FakeSomService service(root);
-    service.Push(Action::Answer("string;A;x;", 0x12));
-    const std::string request = "00000035cafefeedC/M0000000000000003abc";
-    EXPECT_EQ(Exchange(request, 256),
-              FakeSomService::ReplyText("C", "M", "00000012", "string;A;x;"));
-    EXPECT_EQ(service.LastRequest().bytes, request);
-    service.Push(Action::Answer(std::string(100000, 'b')));  // cut at 63 bytes, the rest drained
-    service.Push(Action::Answer("next"));
-    EXPECT_EQ(Exchange(kHeader, 64).size(), 63u);
-    EXPECT_EQ(Exchange(kHeader, 256).substr(35), "next");
-    Action noLength = Action::Answer("until-close");
-    noLength.declareBodyLength = false;
-    service.Push(noLength);
-    EXPECT_EQ(Exchange(kHeader, 256).substr(35), "until-close");
-    service.Push(Action::Raw("00000035cafefeedC/M0000000000000010abc"));  // short body: kept
-    EXPECT_EQ(Exchange(kHeader, 256).size(), 38u);
-    service.Push(Action::Raw("garbage"));  // shorter than a header
-    EXPECT_EQ(Exchange(kHeader, 256), "<-1>");
+    const std::string reply = FakeSomService::ReplyText("C", "M", 0x12, "string;A;x;");
+    const std::string noLength = kHeader.substr(0, 27) + "????????until-close";
+    const std::string big(100000, 'b');
+    const struct {
+        Action action;
+        int bufferSize;
+        std::string stored;
+    } cases[] = {
+        {Action::Raw(reply), 256, reply},
+        {Action::Answer(big), 64, FakeSomService::ReplyText("C", "M", 0, big).substr(0, 63)},
+        {Action::Answer(big), 200000, FakeSomService::ReplyText("C", "M", 0, big)},
+        {Action::Answer("next"), 256, kHeader.substr(0, 27) + "00000004next"},
+        {Action::Raw(noLength + std::string(9000, 'u')), 256,
+         (noLength + std::string(9000, 'u')).substr(0, 255)},
+        {Action::Raw(noLength + std::string(9000, 'u')), 20000, noLength + std::string(9000, 'u')},
+        {Action::Raw(noLength), 256, noLength},
+        {Action::Raw(kHeader.substr(0, 27) + "00000010abc"), 256,
+         kHeader.substr(0, 27) + "00000010abc"},
+        {Action::Raw("garbage"), 256, "<-1>"},  // shorter than a header
+        {Action::Raw(""), 256, "<-1>"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(Exchange(service, c.action, c.bufferSize), c.stored) << c.stored.substr(0, 40);
+    CFileTransfer transfer("t", kConfig);
+    EXPECT_EQ(transfer.SendMessage("00000035cafefeedC/M0000000000000003abc"), 38);
+    EXPECT_EQ(service.LastRequest().bytes, "00000035cafefeedC/M0000000000000003abc");
 }
 
-TEST_F(FileTransferTest, FailuresTellTheirStageAndErrno) {
+TEST_F(FileTransferTest, FailuresTellTheirStageAndErrnoAndLeakNothing) {
     using Stage = CFileTransfer::Stage;
-    struct Case {
+    const int descriptors = qel_test::OpenDescriptorCount();  // no listener open yet
+    const struct {
         std::string config;  // "" : no configuration file
         Stage stage;
         int error;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"", Stage::kConfiguration, ENOENT},
         {"# comment only\ntimeout=1\n", Stage::kConfiguration, 0},
         {"socket=" + root.root() + "/absent.sock\n", Stage::kConnect, ENOENT},
         {"socket=/" + std::string(200, 'x') + "\n", Stage::kConnect, ENAMETOOLONG},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         if (!c.config.empty())
             root.WriteFile(kConfig, c.config);
-        EXPECT_EQ(Exchange(kHeader, 64), "<send failed>") << c.config;
-        CFileTransfer transfer("t", kConfig);
-        EXPECT_EQ(transfer.SendMessage(kHeader), -1);
-        EXPECT_EQ(transfer.LastFailedStage(), c.stage) << c.config;
-        EXPECT_EQ(transfer.LastErrno(), c.error) << c.config;
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_EQ(reused.Exchange(kHeader, 35, 64), CFileTransfer::kNotSent);
+            EXPECT_STREQ(reused.ReplyBytes(), "");
+            CFileTransfer transfer("t", kConfig);
+            EXPECT_EQ(transfer.SendMessage(kHeader), -1);
+            EXPECT_EQ(transfer.LastFailedStage(), c.stage) << c.config;
+            EXPECT_EQ(transfer.LastErrno(), c.error) << c.config;
+        }
     }
-    CFileTransfer transfer("t", kConfig);
-    char buffer[64];
-    EXPECT_EQ(transfer.RecvMessage(buffer, 8, 35), -1);  // no connection
-    EXPECT_EQ(transfer.LastErrno(), ENOTCONN);
+    EXPECT_EQ(qel_test::OpenDescriptorCount(), descriptors);
+    char buffer[64] = "pre-filled";
+    EXPECT_EQ(reused.RecvMessage(buffer, 8, 35), -1);  // no connection
+    EXPECT_EQ(reused.LastErrno(), ENOTCONN);
     FakeSomService service(root, /*timeoutSeconds=*/1);
     service.Push(Action::Fault(Action::kNeverAnswer));
-    EXPECT_EQ(transfer.SendMessage(kHeader), 35);
-    EXPECT_EQ(transfer.LastFailedStage(), Stage::kNone);
-    EXPECT_EQ(transfer.SocketPath(), service.socketPath());
-    EXPECT_EQ(transfer.TimeoutSeconds(), 1);
-    EXPECT_EQ(transfer.RecvMessage(buffer, 64, 35), -1);
-    EXPECT_EQ(transfer.LastFailedStage(), Stage::kReceive);
-    EXPECT_EQ(transfer.LastErrno(), ETIMEDOUT);
+    EXPECT_EQ(reused.SendMessage(kHeader), 35);
+    EXPECT_EQ(reused.LastFailedStage(), Stage::kNone);
+    EXPECT_EQ(reused.SocketPath(), service.socketPath());
+    EXPECT_EQ(reused.TimeoutSeconds(), 1);
+    EXPECT_EQ(reused.RecvMessage(buffer, 64, 35), -1);
+    EXPECT_EQ(reused.LastFailedStage(), Stage::kReceive);
+    EXPECT_EQ(reused.LastErrno(), ETIMEDOUT);
+    EXPECT_STREQ(buffer, "");
 }
 
 TEST_F(FileTransferTest, ConfigurationLinesCommentsAndBadValues) {
-    struct Case {
+    const std::string stays = "is not whole seconds from 0 to 2147483; the time-out stays ";
+    const struct {
         const char* text;
         const char* socket;  // nullptr: no socket line found
         int timeout;
-        const char* trace;  // the error line's text, or "" for none
-    };
-    const Case cases[] = {
+        std::string trace;  // the error line's text, or "" for none
+    } cases[] = {
         {"\n  # comment\n  socket  =  /s  \ntimeout = 0\nunknown=1\n", "/s", 0, ""},
         {"socket=/s   # the service\ntimeout=300   # seconds\n", "/s", 300, ""},
-        {"socket=/run/a#b.sock\ntimeout=7#x\n", "/run/a#b.sock",
-         CFileTransfer::kDefaultTimeoutSeconds,
-         "/c: timeout \"7#x\" is not whole seconds from 0 to 2147483; the time-out stays 300 s"},
-        {"socket=/s\ntimeout=abc\n", "/s", 300,
-         "/c: timeout \"abc\" is not whole seconds from 0 to 2147483; the time-out stays 300 s"},
-        {"socket=/s\ntimeout=9\ntimeout=-1\n", "/s", 9,
-         "/c: timeout \"-1\" is not whole seconds from 0 to 2147483; the time-out stays 9 s"},
-        {"socket=/s\ntimeout=2147484\n", "/s", 300,
-         "/c: timeout \"2147484\" is not whole seconds from 0 to 2147483; the time-out stays 300 "
-         "s"},
+        {"socket=/run/a#b.sock\ntimeout=7#x\n", "/run/a#b.sock", 300,
+         "/c: timeout \"7#x\" " + stays + "300 s"},
+        {"socket=/s\ntimeout=abc\n", "/s", 300, "/c: timeout \"abc\" " + stays + "300 s"},
+        {"socket=/s\ntimeout=9\ntimeout=-1\n", "/s", 9, "/c: timeout \"-1\" " + stays + "9 s"},
+        {"socket=/s\ntimeout=2147484\n", "/s", 300, "/c: timeout \"2147484\" " + stays + "300 s"},
         {"socket=  # nothing\n", nullptr, 300, ""},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         root.WriteFile("/c", c.text);
         qel_test::TraceRecorder traces;
         std::string socket;
         int timeout = CFileTransfer::kDefaultTimeoutSeconds;
-        EXPECT_EQ(CFileTransfer::ReadConfiguration("/c", socket, timeout), c.socket != nullptr)
-            << c.text;
+        EXPECT_EQ(CFileTransfer::ReadConfiguration("/c", socket, timeout), c.socket != nullptr);
         EXPECT_EQ(socket, c.socket != nullptr ? c.socket : "") << c.text;
         EXPECT_EQ(timeout, c.timeout) << c.text;
         const std::vector<std::string> texts = traces.Texts();
         EXPECT_EQ(texts.empty() ? "" : texts.front(), c.trace) << c.text;
     }
-    // Read again at each connect: a moved socket is noticed at once.
+    // One object notices every change of the file: moved, back, then gone.
     FakeSomService service(root);
-    EXPECT_EQ(Exchange(kHeader, 128).size(), 35u);
-    root.WriteFile(kConfig, "socket=" + root.root() + "/moved.sock\n");
-    EXPECT_EQ(Exchange(kHeader, 128), "<send failed>");
+    const std::string config = "socket=" + service.socketPath() + "\n";
+    for (const std::string& text : {config, "socket=" + root.root() + "/moved.sock\n", config}) {
+        root.WriteFile(kConfig, text);
+        EXPECT_EQ(reused.Exchange(kHeader, 35, 128) == 35, text == config) << text;
+    }
+    root.RemoveFile(kConfig);
+    EXPECT_EQ(reused.SendMessage(kHeader), -1);
+    EXPECT_EQ(reused.LastErrno(), ENOENT);
 }
 
 TEST_F(FileTransferTest, PeerGoneDuringSendRaisesNoSigpipe) {
@@ -142,8 +165,8 @@ TEST_F(FileTransferTest, PeerGoneDuringSendRaisesNoSigpipe) {
     struct sigaction dflt = {};
     dflt.sa_handler = SIG_DFL;  // a SIGPIPE would end the test process
     sigaction(SIGPIPE, &dflt, &previous);
-    CFileTransfer transfer("t", kConfig);
-    EXPECT_EQ(transfer.SendMessage(kHeader + std::string(8 * 1024 * 1024, 'x')), -1);
+    EXPECT_EQ(reused.Exchange(kHeader + std::string(8 * 1024 * 1024, 'x'), 35, 64),
+              CFileTransfer::kNotSent);
     sigaction(SIGPIPE, &previous, nullptr);
 }
 

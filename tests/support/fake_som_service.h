@@ -1,10 +1,14 @@
 // A scripted stand-in for the SOM service, on a real Unix socket inside a
 // TempSysroot (it writes the socket configuration file there).
 //
+// It writes the header layout out by hand and includes none of the library's
+// protocol constants, on purpose: the tests then cross-check those constants
+// instead of restating them.
+//
 // Every request is recorded byte for byte. Each connection consumes the next
 // scripted action; with none left the service answers result 0 and an empty
-// body. Actions can also misbehave: close without answering, close after half
-// a header, never answer, or answer more than a receive buffer holds.
+// body. An action can also send raw bytes and close (nothing: close without
+// answering), never answer, or close before reading the request.
 #ifndef QEL_TESTS_SUPPORT_FAKE_SOM_SERVICE_H
 #define QEL_TESTS_SUPPORT_FAKE_SOM_SERVICE_H
 
@@ -22,32 +26,20 @@ namespace qel_test {
 
 struct Request {
     std::string bytes;  // the whole request as received
-    std::string className;
-    std::string method;
-    std::string body;
+    std::string className, method, body;
 };
 
 struct Action {
-    enum Kind {
-        kAnswer,                // a reply with the request's class and method
-        kRaw,                   // these bytes exactly, then close
-        kCloseWithoutAnswer,    // read the request, close
-        kCloseAfterHalfHeader,  // half of a proper reply header, then close
-        kNeverAnswer,           // keep the connection until the client gives up
-        kCloseBeforeRequest,    // accept and close at once
-    };
+    enum Kind { kAnswer, kRaw, kNeverAnswer, kCloseBeforeRequest };
     Kind kind = kAnswer;
-    std::string resultField = "00000000";  // 8 characters in a reply header
-    std::string body;
-    std::string raw;
-    bool declareBodyLength = true;  // false: a non-numeric body-length field
+    uint32_t result = 0;
+    std::string bytes;  // the body of kAnswer, everything of kRaw
 
-    // A reply with the result code in hexadecimal and `body`.
-    static Action Answer(std::string body, uint32_t result = 0);
-    // A reply whose result field is exactly `field` (8 characters).
-    static Action AnswerWithField(std::string field, std::string body);
-    static Action Raw(std::string bytes);
-    static Action Fault(Kind kind);
+    static Action Answer(std::string body, uint32_t result = 0) {
+        return Action{kAnswer, result, std::move(body)};
+    }
+    static Action Raw(std::string bytes) { return Action{kRaw, 0, std::move(bytes)}; }
+    static Action Fault(Kind kind) { return Action{kind, 0, std::string()}; }
 };
 
 class FakeSomService {
@@ -61,20 +53,16 @@ class FakeSomService {
     void Push(Action action);
     std::vector<Request> Requests() const;
     Request LastRequest() const;
-    std::size_t RequestCount() const;
-
-    // Waits (up to 10 s) until every accepted connection has been closed on
-    // the service's side, so that descriptor counts see only the client.
+    // Waits (up to 10 s) until the service has closed every connection it
+    // accepted, so that descriptor counts see only the client.
     void WaitForIdle() const;
-
     // Stops serving and removes the socket: the service is then absent.
     void Stop();
-
     const std::string& socketPath() const { return socketPath_; }
 
-    // A reply as the service writes it.
+    // A reply as the service writes it: result in hexadecimal.
     static std::string ReplyText(const std::string& className, const std::string& method,
-                                 const std::string& resultField, const std::string& body);
+                                 uint32_t result, const std::string& body);
 
   private:
     void Serve();
@@ -87,8 +75,7 @@ class FakeSomService {
     mutable std::mutex mutex_;
     std::deque<Action> script_;
     std::vector<Request> requests_;
-    std::atomic<int> accepted_{0};
-    std::atomic<int> closed_{0};
+    std::atomic<int> open_{0};
 };
 
 }  // namespace qel_test
