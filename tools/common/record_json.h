@@ -1,61 +1,105 @@
 // JSON mapping of the suite's record classes, shared by somd (scenario and
-// state files) and somctl (--json output). Keys are the records' field
-// names; missing keys keep the field's default.
+// state files) and somctl (--json output). The records' field lists drive
+// it: keys are the field names, list-valued fields become arrays, and keys
+// that are missing keep the field's default.
 #ifndef QEL_TOOLS_COMMON_RECORD_JSON_H
 #define QEL_TOOLS_COMMON_RECORD_JSON_H
 
+#include <stdexcept>
+#include <utility>
+
 #include <nlohmann/json.hpp>
 
-#include "ProviderManageRecords.h"
-#include "ScheduleRecords.h"
-#include "VersionListRecords.h"
+#include "common/record_fields.h"
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVelmora_DependencyInfo, ProviderName, VendorName,
-                                                UniqueName, ModuleKind, ModuleName, VendorVersion,
-                                                UpperVendorVersion)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVelmora_ManageRepositoryInfo, ApplyKind,
-                                                HardwareVersion, DisplayName, VendorVersion,
-                                                ModulePath, Priority, ReqProviderVersion,
-                                                RebootAfterPreUpdate, RebootAfterUpdate,
-                                                RebootAfterRestore, Recovery, ModuleFileName,
-                                                ManualFileName, ReleasenotesFileName,
-                                                DependencyInfoSelf, DependencyInfoOther)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVelmora_ManageModuleInfo, ModuleKind, ModuleName,
-                                                UpdatePriority, UpdateStatus, UpdateProgress,
-                                                RepositoryInfo)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVelmora_LinkApplicationInfo, ApplicationName,
-                                                ExecutePath, DescriptionFilePath)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVelmora_DeviceInfo, VendorName, UniqueName,
-                                                DeviceId, DeviceName, DeviceVendorName,
-                                                HardwareVersion, ExtendedInfo, LinkAppInfo,
-                                                ModuleInfo)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVelmora_ToolInfo, VendorName, UniqueName,
-                                                ExtendedInfo, LinkAppInfo, ModuleInfo)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVelmora_DevProviderManageInfo, ProviderName,
-                                                ProviderVendorName, ProviderVersion, DeviceInfo)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVelmora_ToolProviderManageInfo, ProviderName,
-                                                ProviderVendorName, ProviderVersion, ToolInfo)
+namespace qel {
+namespace json_fields {
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVELMORA_DownloadSetting, DownloadType, WebSiteUrl,
-                                                ProxyAddress, ProxyPort, ProxyUser, ProxyPassword,
-                                                CacheServerPath, CacheServerUser,
-                                                CacheServerPassword, TempDriveLetter,
-                                                ExternalMediaPath)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVELMORA_DownloadSchedule, IsAutoSetting,
-                                                RepeatType, DayOfWeek, Date, Time)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVELMORA_UpdateSchedule, IsAutoSetting, RepeatType,
-                                                DayOfWeek, Date, Time)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVelmora_PriorityUpdateParam, AppKey,
-                                                UpdatePriority, VendorName, DeviceID, ModuleKind)
+// Every field, scalar or list, under its name.
+class Writer {
+  public:
+    explicit Writer(nlohmann::json& out) : out_(out) {}
+    template <class T>
+    void String(const char* name, const T& value) {
+        out_[name] = value;
+    }
+    template <class T>
+    void Int(const char* name, const T& value) {
+        out_[name] = value;
+    }
+    template <class T>
+    void UInt(const char* name, const T& value) {
+        out_[name] = value;
+    }
+    template <class T>
+    void Bool(const char* name, const T& value) {
+        out_[name] = value;
+    }
+    template <class T>
+    void List(const char* name, const T& value) {
+        out_[name] = value;
+    }
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVELMORA_QelVersionInfo, GroupName, FileName,
-                                                FileVersion)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVELMORA_UpdatePlans, ProviderName, VendorName,
-                                                UniqueName, DeviceId, ModuleKind, UpdatePriority,
-                                                CurrentVendorVersion, NextVendorVersion,
-                                                DisplayName, UpdateJudgment, DependencyName)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(CVELMORA_VersionUpdateLog, ProviderName, DateTime,
-                                                VendorName, UniqueName, ModuleKind, BeforeVersion,
-                                                AfterVersion)
+  private:
+    nlohmann::json& out_;
+};
+
+// Reads the fields that are present; a value of the wrong type throws.
+class Reader {
+  public:
+    explicit Reader(const nlohmann::json& in) : in_(in) {
+        if (!in_.is_object())
+            throw std::invalid_argument("a record is not a JSON object");
+    }
+    template <class T>
+    void String(const char* name, T& value) {
+        Read(name, value);
+    }
+    template <class T>
+    void Int(const char* name, T& value) {
+        Read(name, value);
+    }
+    template <class T>
+    void UInt(const char* name, T& value) {
+        Read(name, value);
+    }
+    template <class T>
+    void Bool(const char* name, T& value) {
+        Read(name, value);
+    }
+    template <class T>
+    void List(const char* name, T& value) {
+        Read(name, value);
+    }
+
+  private:
+    template <class T>
+    void Read(const char* name, T& value) {
+        const auto it = in_.find(name);
+        if (it != in_.end())
+            it->get_to(value);
+    }
+    const nlohmann::json& in_;
+};
+
+}  // namespace json_fields
+}  // namespace qel
+
+// Found by argument-dependent lookup for the record classes (global
+// namespace); any other type has no field list and so no overload here.
+template <class R>
+auto to_json(nlohmann::json& j, const R& record)
+    -> decltype(qel::VisitFields(record, std::declval<qel::json_fields::Writer&>())) {
+    j = nlohmann::json::object();
+    qel::json_fields::Writer writer(j);
+    qel::VisitFields(record, writer);
+}
+
+template <class R>
+auto from_json(const nlohmann::json& j, R& record)
+    -> decltype(qel::VisitFields(record, std::declval<qel::json_fields::Reader&>())) {
+    qel::json_fields::Reader reader(j);
+    qel::VisitFields(record, reader);
+}
 
 #endif  // QEL_TOOLS_COMMON_RECORD_JSON_H
