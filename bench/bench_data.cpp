@@ -111,38 +111,77 @@ std::string ProviderJson(const CVelmora_DevProviderManageInfo& info) {
     return nlohmann::json(info).dump();
 }
 
-std::vector<CVELMORA_UpdatePlans> Plans(std::size_t bytes) {
-    std::vector<CVELMORA_UpdatePlans> plans;
-    for (std::size_t i = 0, size = 0; size < bytes; ++i) {
-        CVELMORA_UpdatePlans p;
-        p.ProviderName = "VelmoraNicProvider";
-        p.VendorName = "Intel";
-        p.UniqueName = Padded("nic-firmware-", i);
-        p.DeviceId = "PCIROOT-8086-10FB-0000";
-        p.ModuleKind = "Firmware";
-        p.UpdatePriority = static_cast<int>(i % 5);
-        p.CurrentVendorVersion = "3.1.0";
-        p.NextVendorVersion = "3.2.1";
-        p.DisplayName = "Intel 82599 firmware";
-        p.DependencyName = Padded("nic-driver-", i);
-        plans.push_back(p);
-        size += 330;
-    }
-    return plans;
+namespace {
+
+// Realistic plans; the other records get "Field-i" strings and i % 5.
+void Fill(CVELMORA_UpdatePlans& p, std::size_t i) {
+    p.ProviderName = "VelmoraNicProvider";
+    p.VendorName = "Intel";
+    p.UniqueName = Padded("nic-firmware-", i);
+    p.DeviceId = "PCIROOT-8086-10FB-0000";
+    p.ModuleKind = "Firmware";
+    p.UpdatePriority = static_cast<int>(i % 5);
+    p.CurrentVendorVersion = "3.1.0";
+    p.NextVendorVersion = "3.2.1";
+    p.DisplayName = "Intel 82599 firmware";
+    p.DependencyName = Padded("nic-driver-", i);
 }
 
-std::string PlansText(const std::vector<CVELMORA_UpdatePlans>& plans) {
-    std::string out = "class[];UpdatePlansList;;";
+struct FieldFiller {
+    std::size_t i;
+    void String(const char* name, std::string& value) { value = Padded(name, i); }
+    void Int(const char*, int& value) { value = static_cast<int>(i % 5); }
+};
+
+template <class Record>
+void Fill(Record& r, std::size_t i) {
+    FieldFiller filler{i};
+    qel::VisitFields(r, filler);
+}
+
+std::string ListHeaderItem(const char* header) {
+    return std::string(qel::item::kTagClassArray) + ";" + header + ";;";
+}
+
+}  // namespace
+
+template <class Record>
+std::vector<Record> Records(std::size_t bytes) {
+    std::vector<Record> records;
+    std::string text = ListHeaderItem(qel::ListHeader(Record()));
+    IWbemClassObject target;
+    qel::ItemWriter writer(target, text);
+    for (std::size_t i = 0; text.size() < bytes; ++i) {
+        records.emplace_back();
+        Fill(records.back(), i);
+        qel::VisitFields(records.back(), writer);
+    }
+    return records;
+}
+
+template <class Record>
+std::string ListText(const std::vector<Record>& records) {
+    std::string out = ListHeaderItem(qel::ListHeader(Record()));
     IWbemClassObject target;
     qel::ItemWriter writer(target, out);
-    for (const auto& plan : plans)
-        qel::VisitFields(plan, writer);
+    for (const auto& record : records)
+        qel::VisitFields(record, writer);
     return out;
 }
 
-std::string PlansJson(const std::vector<CVELMORA_UpdatePlans>& plans) {
-    return nlohmann::json(plans).dump();
+template <class Record>
+std::string ListJson(const std::vector<Record>& records) {
+    return nlohmann::json(records).dump();
 }
+
+#define QEL_BENCH_LIST(Record)                                         \
+    template std::vector<Record> Records<Record>(std::size_t);         \
+    template std::string ListText<Record>(const std::vector<Record>&); \
+    template std::string ListJson<Record>(const std::vector<Record>&);
+QEL_BENCH_LIST(CVELMORA_UpdatePlans)
+QEL_BENCH_LIST(CVELMORA_QelVersionInfo)
+QEL_BENCH_LIST(CVELMORA_VersionUpdateLog)
+#undef QEL_BENCH_LIST
 
 std::string RegistrationText(std::size_t bytes) {
     std::string out = "string;AppKey;bench;class[];UpdateModuleRegistInfo;;";

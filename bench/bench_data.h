@@ -24,9 +24,15 @@ CVelmora_DevProviderManageInfo Provider(std::size_t bytes);
 std::string ProviderText(const CVelmora_DevProviderManageInfo& info);
 std::string ProviderJson(const CVelmora_DevProviderManageInfo& info);
 
-std::vector<CVELMORA_UpdatePlans> Plans(std::size_t bytes);
-std::string PlansText(const std::vector<CVELMORA_UpdatePlans>& plans);  // typed and WBEM form
-std::string PlansJson(const std::vector<CVELMORA_UpdatePlans>& plans);
+// The three version-list records: as many as fill `bytes` of list text
+// (plans with realistic values, the others "Field-i"), the list text (the
+// typed and the WBEM form are the same bytes) and the same records as JSON.
+template <class Record>
+std::vector<Record> Records(std::size_t bytes);
+template <class Record>
+std::string ListText(const std::vector<Record>& records);
+template <class Record>
+std::string ListJson(const std::vector<Record>& records);
 std::string RegistrationText(std::size_t bytes);
 std::string ConformityText(std::size_t bytes);
 

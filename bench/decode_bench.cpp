@@ -1,6 +1,6 @@
 // Decoding and encoding throughput against RapidJSON and nlohmann::json on
 // the same content. Two floors: a memchr pass over the body, and the same
-// output built from values decoded beforehand.
+// output built from values decoded beforehand and laid out flat.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -16,6 +16,7 @@
 #include "CVersionUpLog.h"
 #include "bench_data.h"
 #include "codec/item_index.h"
+#include "common/record_fields.h"
 #include "common/record_json.h"
 
 namespace {
@@ -54,14 +55,203 @@ const std::string& ProviderJson(int64_t n) {
     static std::map<int64_t, std::string> c;
     return Cached(c, n, [](int64_t s) { return bench::ProviderJson(Provider(s)); });
 }
+template <class Record>
+const std::vector<Record>& ListRecords(int64_t n) {
+    static std::map<int64_t, std::vector<Record>> c;
+    auto it = c.find(n);
+    if (it == c.end())
+        it = c.emplace(n, bench::Records<Record>(n)).first;
+    return it->second;
+}
+template <class Record>
+const std::string& ListText(int64_t n) {
+    static std::map<int64_t, std::string> c;
+    return Cached(c, n, [](int64_t s) { return bench::ListText(ListRecords<Record>(s)); });
+}
+template <class Record>
+const std::string& ListJson(int64_t n) {
+    static std::map<int64_t, std::string> c;
+    return Cached(c, n, [](int64_t s) { return bench::ListJson(ListRecords<Record>(s)); });
+}
 const std::string& PlansText(int64_t n) {
-    static std::map<int64_t, std::string> c;
-    return Cached(c, n, [](int64_t s) { return bench::PlansText(bench::Plans(s)); });
+    return ListText<CVELMORA_UpdatePlans>(n);
 }
-const std::string& PlansJson(int64_t n) {
+const std::string& RegistrationText(int64_t n) {
     static std::map<int64_t, std::string> c;
-    return Cached(c, n, [](int64_t s) { return bench::PlansJson(bench::Plans(s)); });
+    return Cached(c, n, [](int64_t s) { return bench::RegistrationText(s); });
 }
+
+// Values decoded beforehand, laid out flat in the order they are used, so
+// that a floor reading them pays for building its output and not for
+// chasing a decoded tree through memory.
+class FlatValues {
+  public:
+    void AddText(const char* text, std::size_t length) {
+        pieces_.push_back(Piece{bytes_.size(), length});
+        bytes_.append(text, length);
+    }
+    void AddText(const std::string& text) { AddText(text.data(), text.size()); }
+    void AddNumber(long number) { numbers_.push_back(number); }
+
+    // Reads the values back in the order they were added.
+    class Reader {
+      public:
+        explicit Reader(const FlatValues& values) : values_(values) {}
+        std::size_t TextLength() const { return values_.pieces_[piece_].length; }
+        const char* TextAndAdvance() {
+            return values_.bytes_.data() + values_.pieces_[piece_++].at;
+        }
+        std::string Text() {
+            const std::size_t length = TextLength();
+            return std::string(TextAndAdvance(), length);
+        }
+        long Number() { return values_.numbers_[number_++]; }
+
+      private:
+        const FlatValues& values_;
+        std::size_t piece_ = 0;
+        std::size_t number_ = 0;
+    };
+
+  private:
+    struct Piece {
+        std::size_t at;
+        std::size_t length;
+    };
+    std::string bytes_;
+    std::vector<Piece> pieces_;
+    std::vector<long> numbers_;
+};
+
+// The entries of a decoded object, flat: a kind per entry, the names and
+// values in a FlatValues. Build() makes the same entries again through the
+// object's own container, as cheaply as it allows.
+class FlatEntries {
+  public:
+    explicit FlatEntries(const IWbemClassObject& obj) { Add(obj); }
+    void Build(IWbemClassObject& to) const {
+        FlatValues::Reader reader(values_);
+        std::size_t next = 0;
+        Build(next, reader, to);
+    }
+
+  private:
+    enum class Kind { kString, kInt, kLong, kULong, kBool, kStrings, kNested, kEnd };
+
+    void Add(const IWbemClassObject& obj) {
+        for (const IWbemClassObject::Entry& entry : obj) {
+            values_.AddText(entry.first);
+            const boost::any& v = entry.second;
+            if (const auto* s = boost::any_cast<std::string>(&v)) {
+                Push(Kind::kString).AddText(*s);
+            } else if (const auto* i = boost::any_cast<int>(&v)) {
+                Push(Kind::kInt).AddNumber(*i);
+            } else if (const auto* l = boost::any_cast<long>(&v)) {
+                Push(Kind::kLong).AddNumber(*l);
+            } else if (const auto* u = boost::any_cast<unsigned long>(&v)) {
+                Push(Kind::kULong).AddNumber(static_cast<long>(*u));
+            } else if (const auto* b = boost::any_cast<bool>(&v)) {
+                Push(Kind::kBool).AddNumber(*b);
+            } else if (const auto* a = boost::any_cast<std::vector<std::string>>(&v)) {
+                Push(Kind::kStrings).AddNumber(static_cast<long>(a->size()));
+                for (const std::string& element : *a)
+                    values_.AddText(element);
+            } else {
+                Push(Kind::kNested);
+                Add(**boost::any_cast<IWbemClassObject*>(&v));
+                Push(Kind::kEnd);
+            }
+        }
+    }
+    FlatValues& Push(Kind kind) {
+        kinds_.push_back(kind);
+        return values_;
+    }
+
+    void Build(std::size_t& next, FlatValues::Reader& in, IWbemClassObject& to) const {
+        while (next < kinds_.size()) {
+            const Kind kind = kinds_[next++];
+            if (kind == Kind::kEnd)
+                return;
+            const std::size_t nameLength = in.TextLength();
+            const char* name = in.TextAndAdvance();
+            switch (kind) {
+                case Kind::kString:
+                    to.pushPlain(name, nameLength, in.Text());
+                    break;
+                case Kind::kInt:
+                    to.pushPlain(name, nameLength, static_cast<int>(in.Number()));
+                    break;
+                case Kind::kLong:
+                    to.pushPlain(name, nameLength, in.Number());
+                    break;
+                case Kind::kULong:
+                    to.pushPlain(name, nameLength, static_cast<unsigned long>(in.Number()));
+                    break;
+                case Kind::kBool:
+                    to.pushPlain(name, nameLength, in.Number() != 0);
+                    break;
+                case Kind::kStrings: {
+                    std::vector<std::string> elements;
+                    elements.reserve(static_cast<std::size_t>(in.Number()));
+                    for (std::size_t i = elements.capacity(); i != 0; --i)
+                        elements.push_back(in.Text());
+                    to.pushPlain(name, nameLength, std::move(elements));
+                    break;
+                }
+                case Kind::kNested: {
+                    IWbemClassObject* nested = new IWbemClassObject;
+                    Build(next, in, *nested);
+                    to.push(std::string(name, nameLength), nested);
+                    break;
+                }
+                case Kind::kEnd:
+                    break;
+            }
+        }
+    }
+
+    std::vector<Kind> kinds_;
+    FlatValues values_;
+};
+
+// Typed records, flat: every field's value in visiting order.
+template <class Record>
+class FlatRecords {
+  public:
+    explicit FlatRecords(const std::vector<Record>& records) : count_(records.size()) {
+        Collect collect{values_};
+        for (const Record& record : records)
+            qel::VisitFields(record, collect);
+    }
+    void Build(std::vector<Record>& out) const {
+        FlatValues::Reader reader(values_);
+        Assign assign{reader};
+        out.reserve(count_);
+        for (std::size_t i = 0; i < count_; ++i) {
+            Record record;
+            qel::VisitFields(record, assign);
+            out.push_back(std::move(record));
+        }
+    }
+
+  private:
+    struct Collect {
+        FlatValues& values;
+        void String(const char*, const std::string& v) { values.AddText(v); }
+        void Int(const char*, int v) { values.AddNumber(v); }
+    };
+    struct Assign {
+        FlatValues::Reader& in;
+        void String(const char*, std::string& v) {
+            const std::size_t length = in.TextLength();
+            v.assign(in.TextAndAdvance(), length);
+        }
+        void Int(const char*, int& v) { v = static_cast<int>(in.Number()); }
+    };
+    std::size_t count_;
+    FlatValues values_;
+};
 
 IWbemClassObject& GenericObject(int64_t n);
 
@@ -97,27 +287,13 @@ void Generic_String2IWbem(benchmark::State& state) {
     });
 }
 
-// The floor of the generic decoder: the same entries, decoded beforehand,
-// built again through the object's own container (a string per name, a
-// boost::any per value, nested objects rebuilt the same way).
-void CopyEntries(const IWbemClassObject& from, IWbemClassObject& to) {
-    for (const IWbemClassObject::Entry& entry : from) {
-        IWbemClassObject* const* nested = boost::any_cast<IWbemClassObject*>(&entry.second);
-        if (nested == nullptr) {
-            to.push(entry.first, entry.second);
-            continue;
-        }
-        IWbemClassObject* copy = new IWbemClassObject;
-        CopyEntries(**nested, *copy);
-        to.push(entry.first, copy);
-    }
-}
-
+// The floor of the generic decoder: the same entries built from values
+// decoded beforehand (flat), through the object's own container.
 void Floor_Generic(benchmark::State& state) {
-    const IWbemClassObject& decoded = GenericObject(state.range(0));
+    const FlatEntries flat(GenericObject(state.range(0)));
     Run(state, Generic(state.range(0)), [&](char*) {
         IWbemClassObject obj;
-        CopyEntries(decoded, obj);
+        flat.Build(obj);
         benchmark::DoNotOptimize(obj.size());
     });
 }
@@ -222,24 +398,57 @@ void Provider_Nlohmann(benchmark::State& state) {
         [](char* text) { benchmark::DoNotOptimize(nlohmann::json::parse(text).size()); });
 }
 
-void Plans_RecordReader(benchmark::State& state) {
+template <class Record>
+void List_RecordReader(benchmark::State& state) {
     CVersionUpLog codec("bench");
-    Run(state, PlansText(state.range(0)), [&](char* text) {
-        std::vector<CVELMORA_UpdatePlans> plans;
-        codec.toObject(text, plans);
-        benchmark::DoNotOptimize(plans.size());
+    Run(state, ListText<Record>(state.range(0)), [&](char* text) {
+        std::vector<Record> list;
+        codec.toObject(text, list);
+        benchmark::DoNotOptimize(list.size());
     });
 }
 
-void Floor_PlansRecords(benchmark::State& state) {
-    static std::map<int64_t, std::vector<CVELMORA_UpdatePlans>> c;
-    auto it = c.find(state.range(0));
-    if (it == c.end())
-        it = c.emplace(state.range(0), bench::Plans(state.range(0))).first;
-    const std::vector<CVELMORA_UpdatePlans>& decoded = it->second;
-    Run(state, PlansText(state.range(0)), [&](char*) {
-        std::vector<CVELMORA_UpdatePlans> plans = decoded;
-        benchmark::DoNotOptimize(plans.size());
+template <class Record>
+void Floor_ListRecords(benchmark::State& state) {
+    const FlatRecords<Record> flat(ListRecords<Record>(state.range(0)));
+    Run(state, ListText<Record>(state.range(0)), [&](char*) {
+        std::vector<Record> list;
+        flat.Build(list);
+        benchmark::DoNotOptimize(list.size());
+    });
+}
+
+template <class Record>
+void List_RapidJsonDom(benchmark::State& state) {
+    Run(state, ListJson<Record>(state.range(0)), [](char* text) {
+        rapidjson::Document doc;
+        doc.Parse(text);
+        benchmark::DoNotOptimize(doc.Size());
+    });
+}
+
+template <class Record>
+void List_Nlohmann(benchmark::State& state) {
+    Run(state, ListJson<Record>(state.range(0)),
+        [](char* text) { benchmark::DoNotOptimize(nlohmann::json::parse(text).size()); });
+}
+
+// The base decoder over the bytes of a forward reader: its yardstick.
+void Plans_String2IWbem(benchmark::State& state) {
+    CSerializedMsg codec("bench");
+    Run(state, PlansText(state.range(0)), [&](char* text) {
+        IWbemClassObject obj;
+        codec.String2IWbem(text, obj);
+        benchmark::DoNotOptimize(obj.size());
+    });
+}
+
+void Registration_String2IWbem(benchmark::State& state) {
+    CSerializedMsg codec("bench");
+    Run(state, RegistrationText(state.range(0)), [&](char* text) {
+        IWbemClassObject obj;
+        codec.String2IWbem(text, obj);
+        benchmark::DoNotOptimize(obj.size());
     });
 }
 
@@ -252,23 +461,13 @@ void Plans_TreeReader(benchmark::State& state) {
     });
 }
 
-void Plans_RapidJsonDom(benchmark::State& state) {
-    Run(state, PlansJson(state.range(0)), [](char* text) {
-        rapidjson::Document doc;
-        doc.Parse(text);
-        benchmark::DoNotOptimize(doc.Size());
-    });
-}
-
 void Registration_TreeReader(benchmark::State& state) {
-    static std::map<int64_t, std::string> c;
     CUpDownSchedule codec("bench");
-    Run(state, Cached(c, state.range(0), [](int64_t s) { return bench::RegistrationText(s); }),
-        [&](char* text) {
-            IWbemClassObject out;
-            codec.String2RegisterUpdateModule(text, out);
-            benchmark::DoNotOptimize(out.size());
-        });
+    Run(state, RegistrationText(state.range(0)), [&](char* text) {
+        IWbemClassObject out;
+        codec.String2RegisterUpdateModule(text, out);
+        benchmark::DoNotOptimize(out.size());
+    });
 }
 
 void Conformity_TreeReader(benchmark::State& state) {
@@ -396,10 +595,17 @@ BENCHMARK(Provider_TreeReaderScanning)
     ->Unit(benchmark::kMicrosecond);
 BENCHMARK(Provider_RapidJsonDom)->Apply(Sizes);
 BENCHMARK(Provider_Nlohmann)->Apply(Sizes);
-BENCHMARK(Plans_RecordReader)->Apply(Sizes);
-BENCHMARK(Floor_PlansRecords)->Apply(Sizes);
+#define QEL_LIST_BENCHMARKS(Record)                              \
+    BENCHMARK_TEMPLATE(List_RecordReader, Record)->Apply(Sizes); \
+    BENCHMARK_TEMPLATE(Floor_ListRecords, Record)->Apply(Sizes); \
+    BENCHMARK_TEMPLATE(List_RapidJsonDom, Record)->Apply(Sizes); \
+    BENCHMARK_TEMPLATE(List_Nlohmann, Record)->Apply(Sizes);
+QEL_LIST_BENCHMARKS(CVELMORA_UpdatePlans)
+QEL_LIST_BENCHMARKS(CVELMORA_QelVersionInfo)
+QEL_LIST_BENCHMARKS(CVELMORA_VersionUpdateLog)
+BENCHMARK(Plans_String2IWbem)->Apply(Sizes);
 BENCHMARK(Plans_TreeReader)->Apply(Sizes);
-BENCHMARK(Plans_RapidJsonDom)->Apply(Sizes);
+BENCHMARK(Registration_String2IWbem)->Apply(Sizes);
 BENCHMARK(Registration_TreeReader)->Apply(Sizes);
 BENCHMARK(Conformity_TreeReader)->Apply(Sizes);
 BENCHMARK(Conformity_TreeReaderScanning)

@@ -25,6 +25,8 @@
 #include <cstddef>
 #include <list>
 #include <string>
+#include <tuple>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -63,6 +65,22 @@ class QEL_FRAMEWORK_API IWbemClassObject {
 
     // Appends (name, value) at the end; takes over nested objects (see above).
     void push(std::string name, boost::any value);
+
+    // Appends (name, value) with both built in place in the new entry, for a
+    // value that can hold no nested object (a string, number, flag or string
+    // array): nothing to take over and nothing copied on the way in. Decoders
+    // use it for every plain item.
+    template <typename T>
+    void pushPlain(const char* name, std::size_t nameLength, T&& value) {
+        typedef typename std::decay<T>::type Value;
+        static_assert(!std::is_same<Value, boost::any>::value &&
+                          !std::is_same<Value, IWbemClassObject*>::value &&
+                          !std::is_same<Value, std::vector<IWbemClassObject*>>::value &&
+                          !std::is_same<Value, std::vector<IWbemClassObject*>*>::value,
+                      "values that may hold objects go through push()");
+        entries_.emplace_back(std::piecewise_construct, std::forward_as_tuple(name, nameLength),
+                              std::forward_as_tuple(std::forward<T>(value)));
+    }
 
     iterator getIterator() { return entries_.begin(); }
     bool hasNext(iterator it) const { return it != entries_.end(); }

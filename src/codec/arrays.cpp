@@ -24,15 +24,15 @@ std::string CSerializedMsg::getClassArrayName(const char* name, int index) {
     return path;
 }
 
-char* CSerializedMsg::setStringArray(char* pos, const std::string& prefix, const char* key,
+char* CSerializedMsg::setStringArray(char* pos, const std::string&, const char* key,
                                      std::vector<std::string>& values) {
-    std::string value;
-    char* next = compareItem(pos, prefix, key, value);
-    if (next == pos) {
+    // The prefix never changes a match (see compareItem).
+    char* next = qel::CompareOne(
+        pos, key,
+        [&](const qel::ItemView& item) { qel::SplitRawArray(item, kSetStringArraySplit, values); },
+        [] {});
+    if (next == pos && pos != nullptr)
         values.clear();
-        return pos;
-    }
-    qel::SplitArrayValue(value, kSetStringArraySplit, values);
     return next;
 }
 
@@ -47,7 +47,7 @@ void CSerializedMsg::StringArray2Array(char* text, std::vector<std::string>& val
         qel::ScanItem(pos, item);
         if (!item.complete() || !item.TagEquals(qel::item::kTagStringArray))
             return;
-        qel::SplitArrayValue(item.Value(), kStringArraySplit, values);
+        qel::SplitRawArray(item, kStringArraySplit, values);
         pos = item.next;
     }
 }
@@ -63,7 +63,8 @@ void CSerializedMsg::String2Array(char* text, std::vector<std::string>& values) 
         qel::ScanItem(pos, item);
         if (!item.complete())
             return;
-        values.push_back(item.Value());
+        values.emplace_back();
+        item.AssignValue(values.back());
         pos = item.next;
     }
 }

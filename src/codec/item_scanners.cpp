@@ -5,50 +5,6 @@
 #include "item_index.h"
 #include "item_view.h"
 
-namespace {
-
-enum class Match { kUnreadable, kOtherName, kMatched };
-
-// Reads exactly one item at `pos` (not null) and matches its name against
-// `key`. On a match `*value` receives the item's value and `*next` the
-// position after it; an item whose name matched but whose value never closed
-// gives an empty value and a null `*next`, which ends every reading chain.
-Match MatchOne(char* pos, const qel::KeyMatch& key, std::string* value, char** next) {
-    qel::ItemView item;
-    qel::ScanItem(pos, item);
-    if (item.fields < 2 || item.nameLength == 0)
-        return Match::kUnreadable;
-    if (!item.NameEquals(key.text, key.length))
-        return Match::kOtherName;
-    if (item.complete()) {
-        *value = item.Value();
-        *next = item.next;
-    } else {
-        value->clear();
-        *next = nullptr;
-    }
-    return Match::kMatched;
-}
-
-// compareItem's contract on top of MatchOne: next position, `pos` when the
-// item has another name, null when nothing can be read.
-char* CompareOne(char* pos, const char* key, std::string& value) {
-    if (pos == nullptr)
-        return nullptr;
-    char* next = nullptr;
-    switch (MatchOne(pos, qel::PathKey(key), &value, &next)) {
-        case Match::kUnreadable:
-            return nullptr;
-        case Match::kOtherName:
-            return pos;
-        case Match::kMatched:
-            return next;
-    }
-    return nullptr;
-}
-
-}  // namespace
-
 char* CSerializedMsg::getItem(char* pos, std::string& type, std::string& name, std::string& value) {
     if (pos == nullptr)
         return nullptr;
@@ -60,7 +16,7 @@ char* CSerializedMsg::getItem(char* pos, std::string& type, std::string& name, s
         name.assign(item.name, item.nameLength);
     if (!item.complete())
         return nullptr;
-    value = item.Value();
+    item.AssignValue(value);
     return item.next;
 }
 
@@ -73,49 +29,63 @@ char* CSerializedMsg::getItem(char* pos, std::string& type, std::string& name, i
 }
 
 char* CSerializedMsg::compareItem(char* pos, const char* key, std::string& value) {
-    return CompareOne(pos, key, value);
+    return qel::CompareOne(
+        pos, key, [&](const qel::ItemView& item) { item.AssignValue(value); },
+        [&] { value.clear(); });
 }
 
 char* CSerializedMsg::compareItem(char* pos, const char* key, bool& value) {
     value = false;
-    std::string text;
-    char* next = CompareOne(pos, key, text);
-    if (next != nullptr)
-        value = text == qel::item::kTrue;
-    return next;
+    return qel::CompareOne(
+        pos, key,
+        [&](const qel::ItemView& item) {
+            value = item.ValueEquals(qel::item::kTrue, sizeof qel::item::kTrue - 1);
+        },
+        [] {});
 }
 
 char* CSerializedMsg::compareItem(char* pos, const char* key, int& value) {
-    std::string text;
-    char* next = CompareOne(pos, key, text);
-    if (next != nullptr)
-        value = static_cast<int>(qel::ParseDecimal(text));
+    char* next = qel::CompareOne(
+        pos, key,
+        [&](const qel::ItemView& item) { value = static_cast<int>(qel::ParseDecimal(item)); },
+        [] {});
+    if (next == pos && pos != nullptr)
+        value = 0;  // another item: the number of an empty value
     return next;
 }
 
 char* CSerializedMsg::compareItem(char* pos, const char* key, IWbemClassObject& obj) {
-    std::string text;
-    char* next = CompareOne(pos, key, text);
-    if (next != nullptr)
-        obj.push(key, text);
+    const std::size_t keyLength = std::strlen(key);
+    char* next = qel::CompareOne(
+        pos, key,
+        [&](const qel::ItemView& item) {
+            std::string value;
+            item.AssignValue(value);
+            obj.pushPlain(key, keyLength, std::move(value));
+        },
+        [] {});
+    if (next == pos && pos != nullptr)
+        obj.pushPlain(key, keyLength, std::string());
     return next;
 }
 
-char* CSerializedMsg::compareItem(char* pos, const std::string& prefix, const char* key,
+// The key's last path component is what an item's name is compared with, so
+// a prefix in front of a key never changes a match: these read as the plain
+// key without building the path.
+char* CSerializedMsg::compareItem(char* pos, const std::string&, const char* key,
                                   std::string& value) {
-    return compareItem(pos, (prefix + key).c_str(), value);
+    return compareItem(pos, key, value);
 }
 
-char* CSerializedMsg::compareItem(char* pos, const std::string& prefix, const char* key,
-                                  bool& value) {
-    return compareItem(pos, (prefix + key).c_str(), value);
+char* CSerializedMsg::compareItem(char* pos, const std::string&, const char* key, bool& value) {
+    return compareItem(pos, key, value);
 }
 
-char* CSerializedMsg::compareItem(char* pos, const std::string& prefix, const char* key,
-                                  int& value) {
-    return compareItem(pos, (prefix + key).c_str(), value);
+char* CSerializedMsg::compareItem(char* pos, const std::string&, const char* key, int& value) {
+    return compareItem(pos, key, value);
 }
 
+// Here the prefix does count: the entry is named with the whole path.
 char* CSerializedMsg::compareItem(char* pos, const std::string& prefix, const char* key,
                                   IWbemClassObject& obj) {
     return compareItem(pos, (prefix + key).c_str(), obj);
@@ -130,7 +100,7 @@ bool CSerializedMsg::compareItem2(char* pos, const char* key, std::string& value
         const qel::ItemView* item = m_searchIndex->Find(index, match);
         if (item == nullptr)
             return false;
-        value = item->Value();
+        item->AssignValue(value);
         return true;
     }
     while (*pos != '\0') {
@@ -139,7 +109,7 @@ bool CSerializedMsg::compareItem2(char* pos, const char* key, std::string& value
         if (!item.complete())
             return false;
         if (item.NameEquals(match.text, match.length)) {
-            value = item.Value();
+            item.AssignValue(value);
             return true;
         }
         pos = item.next;
@@ -156,7 +126,7 @@ char* CSerializedMsg::getParam(char* pos, const char* key, std::string& value) {
             value.clear();
             return nullptr;
         }
-        value = item->Value();
+        item->AssignValue(value);
         return item->next;
     }
     while (pos != nullptr) {
@@ -165,7 +135,7 @@ char* CSerializedMsg::getParam(char* pos, const char* key, std::string& value) {
         if (!item.complete())
             break;
         if (item.NameEquals(match.text, match.length)) {
-            value = item.Value();
+            item.AssignValue(value);
             return item.next;
         }
         pos = item.next;
@@ -180,7 +150,7 @@ char* CSerializedMsg::getParam2(char* pos, const char* key, std::string& value) 
         qel::ScanItem(pos, item);
         const qel::KeyMatch match = qel::ExactKey(key);
         if (item.complete() && item.NameEquals(match.text, match.length)) {
-            value = item.Value();
+            item.AssignValue(value);
             return item.next;
         }
     }

@@ -6,6 +6,8 @@
 #ifndef QEL_SRC_CODEC_ITEM_VIEW_H
 #define QEL_SRC_CODEC_ITEM_VIEW_H
 
+#include <charconv>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -39,11 +41,31 @@ struct ItemView {
     // The value with every "%!@" turned back into ";".
     std::string Value() const {
         std::string out;
-        out.reserve(valueLength);
-        item::AppendUnescaped(out, value, value + valueLength);
+        AssignValue(out);
         return out;
     }
+    void AssignValue(std::string& out) const;
+    // Whether the value, unescaped, is exactly `text` (which holds no ";").
+    bool ValueEquals(const char* text, std::size_t length) const {
+        return valueLength == length && std::memcmp(value, text, length) == 0;
+    }
 };
+
+// Replaces `out` with [text, text + length) unescaped; a straight copy when
+// no "%" can start an escape.
+inline void AssignUnescaped(std::string& out, const char* text, std::size_t length) {
+    if (std::memchr(text, '%', length) == nullptr) {
+        out.assign(text, length);
+        return;
+    }
+    out.clear();
+    out.reserve(length);
+    item::AppendUnescaped(out, text, text + length);
+}
+
+inline void ItemView::AssignValue(std::string& out) const {
+    AssignUnescaped(out, value, valueLength);
+}
 
 // Scans the item at `pos` (not null). Fills as many fields as are closed.
 inline void ScanItem(char* pos, ItemView& item) {
@@ -95,11 +117,114 @@ inline long ParseDecimal(const std::string& text) {
     return std::strtol(text.c_str(), nullptr, 10);
 }
 
+// ParseDecimal of the unescaped text, read in place: digits with an optional
+// "-" go through from_chars; blanks, "+" and other rare forms through strtol
+// on an unescaped copy.
+inline long ParseDecimal(const char* text, std::size_t length) {
+    const char* end = text + length;
+    const char* digits = length != 0 && *text == '-' ? text + 1 : text;
+    if (digits == end || *digits < '0' || *digits > '9') {
+        std::string copy;
+        AssignUnescaped(copy, text, length);
+        return ParseDecimal(copy);
+    }
+    long value = 0;
+    if (std::from_chars(text, end, value).ec == std::errc::result_out_of_range)
+        return *text == '-' ? LONG_MIN : LONG_MAX;
+    return value;
+}
+
+inline long ParseDecimal(const ItemView& item) {
+    return ParseDecimal(item.value, item.valueLength);
+}
+
+enum class ItemMatch { kUnreadable, kOtherName, kMatched };
+
+// Reads exactly one item at `pos` (not null) into `item` and matches its name
+// against `key`. A matched item may be incomplete: its value never closed.
+inline ItemMatch MatchOne(char* pos, const KeyMatch& key, ItemView& item) {
+    ScanItem(pos, item);
+    if (item.fields < 2 || item.nameLength == 0)
+        return ItemMatch::kUnreadable;
+    return item.NameEquals(key.text, key.length) ? ItemMatch::kMatched : ItemMatch::kOtherName;
+}
+
+// compareItem's contract: the next position, `pos` when the item has another
+// name, null when nothing can be read. A matched whole item is handed to
+// `matched`; a matched item whose value never closed gives `unclosed()`
+// and null, which ends every reading chain.
+template <class Matched, class Unclosed>
+char* CompareOne(char* pos, const char* key, Matched matched, Unclosed unclosed) {
+    if (pos == nullptr)
+        return nullptr;
+    ItemView item;
+    switch (MatchOne(pos, PathKey(key), item)) {
+        case ItemMatch::kUnreadable:
+            return nullptr;
+        case ItemMatch::kOtherName:
+            return pos;
+        case ItemMatch::kMatched:
+            break;
+    }
+    if (!item.complete()) {
+        unclosed();
+        return nullptr;
+    }
+    matched(item);
+    return item.next;
+}
+
 // The rules by which the array readers split a "!#"-joined value.
 struct SplitRules {
     bool emptyGivesOneElement;  // an empty value yields one empty element
     bool cutLastAtFieldEnd;     // the last element ends at its first ";"
 };
+
+// SplitArrayValue of the unescaped value, read straight from the item text:
+// a "!#" never overlaps a "%!@", so splitting first and unescaping each
+// element gives the same elements, and the first ";" of the last element
+// is its first "%!@".
+inline void SplitRawArray(const char* value, std::size_t length, SplitRules rules,
+                          std::vector<std::string>& out) {
+    if (length == 0) {
+        if (rules.emptyGivesOneElement)
+            out.emplace_back();
+        return;
+    }
+    const char* const end = value + length;
+    auto nextSeparator = [end](const char* from) {
+        for (const char* p = from;
+             (p = static_cast<const char*>(std::memchr(p, '!', end - p))) != nullptr; ++p) {
+            if (end - p >= 2 && p[1] == item::kArraySeparator[1])
+                return p;
+        }
+        return end;
+    };
+    std::size_t count = 1;
+    for (const char* p = nextSeparator(value); p != end; p = nextSeparator(p + 2))
+        ++count;
+    out.reserve(out.size() + count);
+    const char* start = value;
+    for (std::size_t i = 1; i < count; ++i) {
+        const char* stop = nextSeparator(start);
+        out.emplace_back();
+        AssignUnescaped(out.back(), start, stop - start);
+        start = stop + item::kArraySeparatorLength;
+    }
+    const char* stop = end;
+    if (rules.cutLastAtFieldEnd) {
+        const char* escape = static_cast<const char*>(
+            memmem(start, end - start, item::kEscapedFieldEnd, item::kEscapedFieldEndLength));
+        if (escape != nullptr)
+            stop = escape;
+    }
+    out.emplace_back();
+    AssignUnescaped(out.back(), start, stop - start);
+}
+
+inline void SplitRawArray(const ItemView& item, SplitRules rules, std::vector<std::string>& out) {
+    SplitRawArray(item.value, item.valueLength, rules, out);
+}
 
 inline void SplitArrayValue(const std::string& value, SplitRules rules,
                             std::vector<std::string>& out) {

@@ -14,6 +14,35 @@ void Unsupported(const char* message, const qel::ItemView& item) {
                       item.Name().c_str());
 }
 
+// Appends a plain item's entry, its name and value built straight from the
+// text; false for a tag that is not a plain value.
+bool PushPlain(const qel::ItemView& item, IWbemClassObject& target) {
+    using namespace qel::item;
+    auto push = [&](auto&& value) {
+        target.pushPlain(item.name, item.nameLength, std::forward<decltype(value)>(value));
+    };
+    if (item.TagEquals(kTagString)) {
+        std::string value;
+        item.AssignValue(value);
+        push(std::move(value));
+    } else if (item.TagEquals(kTagInt)) {
+        push(static_cast<int>(qel::ParseDecimal(item)));
+    } else if (item.TagEquals(kTagLong)) {
+        push(qel::ParseDecimal(item));
+    } else if (item.TagEquals(kTagULong)) {
+        push(static_cast<unsigned long>(qel::ParseDecimal(item)));
+    } else if (item.TagEquals(kTagBool)) {
+        push(item.ValueEquals(kTrue, sizeof kTrue - 1));
+    } else if (item.TagEquals(kTagStringArray)) {
+        std::vector<std::string> elements;
+        qel::SplitRawArray(item, kDecoderSplit, elements);
+        push(std::move(elements));
+    } else {
+        return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 void CSerializedMsg::String2IWbem(char* text, IWbemClassObject& obj) {
@@ -44,22 +73,7 @@ void CSerializedMsg::String2IWbem(char* text, IWbemClassObject& obj) {
                     nested = new IWbemClassObject;
                 target = nested;
                 nestedName = item.Name();
-            } else if (item.TagEquals(kTagString)) {
-                target->push(item.Name(), item.Value());
-            } else if (item.TagEquals(kTagInt)) {
-                target->push(item.Name(), static_cast<int>(qel::ParseDecimal(item.Value())));
-            } else if (item.TagEquals(kTagLong)) {
-                target->push(item.Name(), qel::ParseDecimal(item.Value()));
-            } else if (item.TagEquals(kTagULong)) {
-                target->push(item.Name(),
-                             static_cast<unsigned long>(qel::ParseDecimal(item.Value())));
-            } else if (item.TagEquals(kTagBool)) {
-                target->push(item.Name(), item.Value() == kTrue);
-            } else if (item.TagEquals(kTagStringArray)) {
-                std::vector<std::string> elements;
-                qel::SplitArrayValue(item.Value(), kDecoderSplit, elements);
-                target->push(item.Name(), std::move(elements));
-            } else {
+            } else if (!PushPlain(item, *target)) {
                 Unsupported(qel::sig::kMsgUnsupportedType, item);
             }
         }

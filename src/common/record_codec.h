@@ -6,6 +6,7 @@
 
 #include "CSerializedMsg.h"
 #include "IWbemClassObject.h"
+#include "codec/item_view.h"
 #include "record_fields.h"
 
 namespace qel {
@@ -43,9 +44,10 @@ class ChainReader {
     }
     void Bool(const char* name, bool& value) { pos_ = codec_.compareItem(pos_, name, value); }
     // Reads an item whose value is not kept (a section's "class" item).
-    void Skip(const char* name) {
-        std::string scratch;
-        pos_ = codec_.compareItem(pos_, name, scratch);
+    ChainReader& Skip(const char* name) {
+        pos_ = CompareOne(
+            pos_, name, [](const ItemView&) {}, [] {});
+        return *this;
     }
     char* pos() const { return pos_; }
 

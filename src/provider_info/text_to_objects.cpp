@@ -29,10 +29,9 @@ class ListEntry {
     ListEntry& operator=(const ListEntry&) = delete;
 
     IWbemClassObject& NewElement() {
-        list_->reserve(list_->size() + 1);
-        IWbemClassObject* element = new IWbemClassObject;
-        list_->push_back(element);
-        return *element;
+        std::unique_ptr<IWbemClassObject> element(new IWbemClassObject);
+        list_->push_back(element.get());
+        return *element.release();
     }
 
   private:

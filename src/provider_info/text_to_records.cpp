@@ -1,5 +1,6 @@
 // CProviderManageInfo: the positional readers of reply text into records.
 #include "CProviderManageInfo.h"
+#include "codec/item_view.h"
 #include "common/trace.h"
 #include "provider_fields.h"
 #include "provider_signatures.h"
@@ -8,27 +9,25 @@ namespace {
 
 using namespace qel::pm;
 
-// Reads the fields of one list element at a cursor, each key made of the
-// element's path prefix and the field name; a field that is not the item at
-// the cursor is skipped without moving on.
+// Reads the fields of one list element at a cursor; a field that is not the
+// item at the cursor is skipped without moving on.
 class ElementCursor {
   public:
-    ElementCursor(CSerializedMsg& codec, const std::string& prefix, char* pos)
-        : codec_(codec), prefix_(prefix), pos_(pos) {}
+    ElementCursor(CSerializedMsg& codec, char* pos) : codec_(codec), pos_(pos) {}
     ElementCursor& String(const char* name, std::string& value) {
-        pos_ = codec_.compareItem(pos_, prefix_, name, value);
+        pos_ = codec_.compareItem(pos_, name, value);
         return *this;
     }
     ElementCursor& Int(const char* name, int& value) {
-        pos_ = codec_.compareItem(pos_, prefix_, name, value);
+        pos_ = codec_.compareItem(pos_, name, value);
         return *this;
     }
     ElementCursor& Bool(const char* name, bool& value) {
-        pos_ = codec_.compareItem(pos_, prefix_, name, value);
+        pos_ = codec_.compareItem(pos_, name, value);
         return *this;
     }
     ElementCursor& Array(const char* name, std::vector<std::string>& values) {
-        pos_ = codec_.setStringArray(pos_, prefix_, name, values);
+        pos_ = codec_.setStringArray(pos_, std::string(), name, values);
         return *this;
     }
     char* pos() const { return pos_; }
@@ -36,7 +35,6 @@ class ElementCursor {
 
   private:
     CSerializedMsg& codec_;
-    const std::string& prefix_;
     char* pos_;
 };
 
@@ -62,13 +60,14 @@ template <class Record, class ReadRest>
 char* ReadList(CSerializedMsg& codec, char* pos, const char* listName, const char* firstField,
                std::string Record::*first, std::vector<Record>& list, ReadRest readRest,
                const ElementTrace& trace = ElementTrace()) {
-    for (int i = 0;; ++i) {
+    for (;;) {
         trace.Begin();
-        const std::string prefix = codec.getClassArrayName(listName, i);
-        std::string header;
-        char* atElement = codec.compareItem(pos, prefix, listName, header);
+        // An element's keys are matched by their last path component, so
+        // the path "List[i]/" itself is never built.
+        char* atElement = qel::CompareOne(
+            pos, listName, [](const qel::ItemView&) {}, [] {});
         Record record;
-        ElementCursor cursor(codec, prefix, atElement);
+        ElementCursor cursor(codec, atElement);
         cursor.String(firstField, record.*first);
         if (cursor.pos() == atElement)
             return atElement;

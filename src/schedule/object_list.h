@@ -2,6 +2,7 @@
 #ifndef QEL_SRC_SCHEDULE_OBJECT_LIST_H
 #define QEL_SRC_SCHEDULE_OBJECT_LIST_H
 
+#include <memory>
 #include <vector>
 
 #include "IWbemClassObject.h"
@@ -21,6 +22,14 @@ struct ListGuard {
             delete object;
     }
 };
+
+// Appends a new empty object to `list` and returns it; the list owns it
+// from then on, and nothing leaks if growing the list throws.
+inline IWbemClassObject* AppendNew(ObjectList& list) {
+    std::unique_ptr<IWbemClassObject> object(new IWbemClassObject);
+    list.push_back(object.get());
+    return object.release();
+}
 
 }  // namespace qel
 

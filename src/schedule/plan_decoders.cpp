@@ -49,19 +49,19 @@ void CUpDownSchedule::String2UpdatePlans(char* pos, IWbemClassObject& obj) {
         char* q = compareItem(p, kProviderName, value);
         if (q == nullptr || q == p)
             break;
-        list->reserve(list->size() + 1);
-        IWbemClassObject* plan = new IWbemClassObject;
-        list->push_back(plan);
-        plan->push(kProviderName, value);
+        IWbemClassObject* plan = qel::AppendNew(*list);
+        plan->pushPlain(kProviderName, sizeof kProviderName - 1, value);
         char* next = nullptr;
         for (const auto& field : kPlanFields) {
             char* found = getParam(q, field.first, value);
             if (found == nullptr)
                 continue;
+            const std::size_t nameLength = std::strlen(field.first);
             if (field.second) {
-                plan->push(field.first, static_cast<int>(qel::ParseDecimal(value)));
+                plan->pushPlain(field.first, nameLength,
+                                static_cast<int>(qel::ParseDecimal(value)));
             } else {
-                plan->push(field.first, value);
+                plan->pushPlain(field.first, nameLength, value);
             }
             if (std::strcmp(field.first, kDependencyName) == 0)
                 next = found;
@@ -89,18 +89,16 @@ void CUpDownSchedule::String2RegisterUpdateModule(char* pos, IWbemClassObject& o
         p = getParam(p, kVendorName, value);
         if (p == nullptr)
             break;
-        list.reserve(list.size() + 1);
-        IWbemClassObject* module = new IWbemClassObject;
-        list.push_back(module);
-        module->push(kVendorName, value);
+        IWbemClassObject* module = qel::AppendNew(list);
+        module->pushPlain(kVendorName, sizeof kVendorName - 1, value);
         for (const char* field : kRegisteredFields) {
             std::string fieldValue;  // an unmatched field is added empty
             p = compareItem(p, field, fieldValue);
-            module->push(field, fieldValue);
+            module->pushPlain(field, std::strlen(field), std::move(fieldValue));
         }
     }
     guard.list = nullptr;
-    obj.push(kUpdateModuleRegistInfo, list);
+    obj.push(kUpdateModuleRegistInfo, std::move(list));
     qel::TraceLeave(m_traceName, qel::sig::kString2RegisterUpdateModule);
 }
 

@@ -41,15 +41,14 @@ class RecordReader {
 
 template <class Record>
 void ReadList(CSerializedMsg& codec, char* body, std::vector<Record>& list) {
-    std::string scratch;
-    char* pos = codec.compareItem(body, qel::ListHeader(Record()), scratch);
+    char* pos = qel::ChainReader(codec, body).Skip(qel::ListHeader(Record())).pos();
     while (pos != nullptr && *pos != '\0') {
         Record record;
         RecordReader reader(codec, pos);
         qel::VisitFields(record, reader);
         if (!reader.started())
             break;
-        list.push_back(record);
+        list.push_back(std::move(record));
         pos = reader.pos();
     }
 }
