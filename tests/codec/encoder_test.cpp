@@ -25,6 +25,7 @@ IWbemClassObject* WithInt(const char* name, int value) {
 }
 
 TEST(EncoderTest, EveryValueTypeWritesItsItem) {
+    qel_test::TraceRecorder traces;
     const std::pair<boost::any, std::string> cases[] = {
         {std::string("a;b"), "string;K;a%!@b;"},
         {std::string(), "string;K;;"},
@@ -41,19 +42,26 @@ TEST(EncoderTest, EveryValueTypeWritesItsItem) {
         {boost::shared_ptr<IWbemClassObject>(WithInt("I", 4)), "class;K;;int;I;4;"},
         {Objects{WithInt("I", 0), WithInt("I", 1)}, "class[];K;;int;I;0;int;I;1;"},
         {new Objects{WithInt("I", 0)}, "class[];K;;int;I;0;"},
+        // Unknown types and null pointers are skipped, with a trace each.
+        {1.5, ""},
+        {boost::any(), ""},
+        {static_cast<IWbemClassObject*>(nullptr), ""},
+        {static_cast<Objects*>(nullptr), ""},
     };
     for (const auto& c : cases) {
         IWbemClassObject obj;
         obj.push("K", c.first);
         EXPECT_EQ(Encode(obj), c.second);
     }
-}
-
-TEST(EncoderTest, EntriesInOrderAppendedToTheCallersText) {
+    ASSERT_EQ(traces.Lines().size(), 4u);
+    EXPECT_EQ(traces.Lines()[0].source + std::to_string(traces.Lines()[0].level), "enc2");
+    EXPECT_EQ(traces.Texts()[0], std::string(kSignature) + "Invalid type of boost::any : K");
+    // Entries in order, appended to the caller's text; nothing marks where a
+    // nested object ends.
     IWbemClassObject obj;
     EXPECT_EQ(Encode(obj, "prefix"), "prefix");
     obj.push("B", std::string("1"));
-    obj.push("N", WithInt("I", 3));  // nothing marks where the nested object ends
+    obj.push("N", WithInt("I", 3));
     obj.push("B", std::string("3"));
     IWbemClassObject e0, e1;  // shared_ptr vectors manage the vector, not its elements
     e0.push("I", 0);
@@ -61,21 +69,6 @@ TEST(EncoderTest, EntriesInOrderAppendedToTheCallersText) {
     obj.push("S", boost::shared_ptr<Objects>(new Objects{&e0, &e1}));
     EXPECT_EQ(Encode(obj, "prefix"),
               "prefixstring;B;1;class;N;;int;I;3;string;B;3;class[];S;;int;I;0;int;I;1;");
-}
-
-TEST(EncoderTest, UnknownTypesAndNullPointersAreSkipped) {
-    qel_test::TraceRecorder traces;
-    IWbemClassObject obj;
-    obj.push("D", 1.5);
-    obj.push("E", boost::any());
-    obj.push("N", static_cast<IWbemClassObject*>(nullptr));
-    obj.push("V", static_cast<Objects*>(nullptr));
-    obj.push("A", 1);
-    EXPECT_EQ(Encode(obj), "int;A;1;");
-    ASSERT_EQ(traces.Lines().size(), 4u);
-    EXPECT_EQ(traces.Lines()[0].source, "enc");
-    EXPECT_EQ(traces.Lines()[0].level, 2);
-    EXPECT_EQ(traces.Texts()[0], std::string(kSignature) + "Invalid type of boost::any : D");
 }
 
 // A codec whose nested encoding fails for objects marked "Boom".

@@ -19,29 +19,15 @@ std::string Lists(const std::string& owner) {
 }
 
 TEST(RecordsToTextTest, ProvidersAreWrittenByteExact) {
-    CVelmora_DeviceInfo device;
-    device.VendorName = "N";
-    device.UniqueName = "U0";
-    device.DeviceId = "8086:10fb";
-    device.DeviceName = "D";
-    device.DeviceVendorName = "DV";
-    device.HardwareVersion = "01";
-    device.ExtendedInfo = {"a", "b"};
-    device.LinkAppInfo.resize(1);
-    device.LinkAppInfo[0].ApplicationName = "App";
-    device.LinkAppInfo[0].ExecutePath = "/x";
-    device.LinkAppInfo[0].DescriptionFilePath = "/y";
-    device.ModuleInfo.resize(1);
-    device.ModuleInfo[0].ModuleKind = "FW";
-    device.ModuleInfo[0].ModuleName = "never written";
-    device.ModuleInfo[0].UpdatePriority = 1;
-    device.ModuleInfo[0].UpdateStatus = -2;
-    device.ModuleInfo[0].UpdateProgress = 50;
-    CVelmora_DevProviderManageInfo devices;
-    devices.ProviderName = "P";
-    devices.ProviderVendorName = "V";
-    devices.ProviderVersion = "1.0";
-    devices.DeviceInfo = {device};
+    const auto devices =
+        nlohmann::json::parse(
+            R"({"ProviderName":"P","ProviderVendorName":"V","ProviderVersion":"1.0","DeviceInfo":[{)"
+            R"("VendorName":"N","UniqueName":"U0","DeviceId":"8086:10fb","DeviceName":"D",)"
+            R"("DeviceVendorName":"DV","HardwareVersion":"01","ExtendedInfo":["a","b"],)"
+            R"("LinkAppInfo":[{"ApplicationName":"App","ExecutePath":"/x","DescriptionFilePath":"/y"}],)"
+            R"("ModuleInfo":[{"ModuleKind":"FW","ModuleName":"never written","UpdatePriority":1,)"
+            R"("UpdateStatus":-2,"UpdateProgress":50}]}]})")
+            .get<CVelmora_DevProviderManageInfo>();
     // Two tools with the same lists: every list's indices restart at 0.
     CVelmora_ToolProviderManageInfo tools;
     tools.ProviderName = "T";
@@ -50,8 +36,8 @@ TEST(RecordsToTextTest, ProvidersAreWrittenByteExact) {
     tools.ToolInfo.resize(2);
     for (CVelmora_ToolInfo& tool : tools.ToolInfo) {
         tool.VendorName = "TV";
-        tool.LinkAppInfo = device.LinkAppInfo;
-        tool.ModuleInfo = device.ModuleInfo;
+        tool.LinkAppInfo = devices.DeviceInfo[0].LinkAppInfo;
+        tool.ModuleInfo = devices.DeviceInfo[0].ModuleInfo;
     }
     tools.ToolInfo[1].UniqueName = "t;1";
     tools.ToolInfo[1].ExtendedInfo = {"mode=service"};

@@ -10,13 +10,15 @@ namespace {
 
 using qel_test::TextBuffer;
 
-TEST(SettingsSectionsTest, WritersAreByteExactAndAppend) {
+template <class Record>
+Record From(const char* json) {
+    return nlohmann::json::parse(json).get<Record>();
+}
+
+TEST(SettingsSectionsTest, WritersAreByteExactAndReadBack) {
     CUpDownSchedule codec("sched");
-    CVELMORA_UpdateSchedule update;
-    update.IsAutoSetting = true;
-    update.RepeatType = 1;
-    update.DayOfWeek = "a";
-    update.Time = "c";
+    const auto update = From<CVELMORA_UpdateSchedule>(
+        R"({"IsAutoSetting":true,"RepeatType":1,"DayOfWeek":"a","Time":"c"})");
     const std::string updateText =
         "class;UpdateSchedule;;bool;IsAutoSetting;true;int;RepeatType;1;string;DayOfWeek;a;"
         "string;Date;;string;Time;c;";
@@ -24,55 +26,32 @@ TEST(SettingsSectionsTest, WritersAreByteExactAndAppend) {
     codec.toString(update, out);
     codec.toString(update, out);
     EXPECT_EQ(out, "x" + updateText + updateText);
-    CVELMORA_DownloadSetting setting;
-    setting.DownloadType = -1;
-    setting.ProxyPort = "80";
-    setting.ProxyPassword = "p;q";
     out.clear();
-    codec.toString(setting, out);
-    EXPECT_EQ(out,
-              "class;DownloadSetting;;int;DownloadType;-1;string;WebSiteUrl;;string;ProxyAddress;;"
-              "string;ProxyPort;80;string;ProxyUser;;string;ProxyPassword;p%!@q;string;"
-              "CacheServerPath;;string;CacheServerUser;;string;CacheServerPassword;;string;"
-              "TempDriveLetter;;string;ExternalMediaPath;;");
-    CVelmora_PriorityUpdateParam param;
-    param.AppKey = "k";
-    param.UpdatePriority = 4000000000u;
-    out.clear();
-    codec.toString(param, out);
+    codec.toString(From<CVelmora_PriorityUpdateParam>(R"({"AppKey":"k","UpdatePriority":4e9})"),
+                   out);
     EXPECT_EQ(out,
               "class;Velmora_PriorityUpdateParam;;string;AppKey;k;uint;UpdatePriority;4000000000;"
               "string;VendorName;;string;DeviceID;;string;ModuleKind;;");
-    out.clear();
-    CVELMORA_DownloadSchedule schedule;
-    codec.toString(setting, schedule, out);  // the schedule first, then the setting
-    EXPECT_EQ(out.find("class;DownloadSchedule;;"), 0u);
-    EXPECT_EQ(out.find("class;DownloadSetting;;"), 110u);
-}
-
-TEST(SettingsSectionsTest, CombinedRoundTrip) {
-    CUpDownSchedule codec("sched");
-    CVELMORA_DownloadSchedule schedule;
-    schedule.IsAutoSetting = true;
-    schedule.RepeatType = 3;
-    schedule.DayOfWeek = "Mon";
-    schedule.Date = "1";
-    schedule.Time = "03:00";
-    CVELMORA_DownloadSetting setting;
-    setting.DownloadType = -1;
-    setting.WebSiteUrl = "http://u";
-    setting.ProxyAddress = "px";
-    setting.ProxyPort = "8080";
-    setting.ProxyUser = "pu";
-    setting.ProxyPassword = "p;q";
-    setting.CacheServerPath = "//c";
-    setting.CacheServerUser = "cu";
-    setting.CacheServerPassword = "c%!@;";  // "%!@" in a value reads back as ";"
-    setting.TempDriveLetter = "T";
-    setting.ExternalMediaPath = "/media/usb";
-    std::string text;
-    codec.toString(setting, schedule, text);
-    TextBuffer buffer(text);
+    // The schedule first, then the setting; "%!@" in a value reads back as ";".
+    const auto schedule = From<CVELMORA_DownloadSchedule>(
+        R"({"IsAutoSetting":true,"RepeatType":3,"DayOfWeek":"Mon","Date":"1","Time":"03:00"})");
+    auto setting = From<CVELMORA_DownloadSetting>(
+        R"({"DownloadType":-1,"WebSiteUrl":"w","ProxyAddress":"a","ProxyPort":"80",)"
+        R"("ProxyUser":"u","ProxyPassword":"p;q","CacheServerPath":"c","CacheServerUser":"v",)"
+        R"("CacheServerPassword":"c%!@;","TempDriveLetter":"T","ExternalMediaPath":"/m"})");
+    const std::string scheduleText =
+        "class;DownloadSchedule;;bool;IsAutoSetting;true;int;RepeatType;3;string;DayOfWeek;Mon;"
+        "string;Date;1;string;Time;03:00;";
+    std::string both, alone;
+    codec.toString(setting, schedule, both);
+    codec.toString(setting, alone);
+    EXPECT_EQ(both, scheduleText + alone);
+    EXPECT_EQ(alone,
+              "class;DownloadSetting;;int;DownloadType;-1;string;WebSiteUrl;w;string;ProxyAddress;"
+              "a;string;ProxyPort;80;string;ProxyUser;u;string;ProxyPassword;p%!@q;string;"
+              "CacheServerPath;c;string;CacheServerUser;v;string;CacheServerPassword;c%!@%!@;"
+              "string;TempDriveLetter;T;string;ExternalMediaPath;/m;");
+    TextBuffer buffer(both);
     CVELMORA_DownloadSchedule s;
     CVELMORA_DownloadSetting d;
     codec.toObject(buffer.get(), s, d);

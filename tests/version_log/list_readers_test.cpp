@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "CVersionUpLog.h"
+#include "common/record_json.h"
 #include "support/text_buffer.h"
 #include "support/trace_recorder.h"
 
@@ -25,19 +26,23 @@ TEST(ListReadersTest, PlansReadEveryFieldAndSkipMissingOnesInPlace) {
     TextBuffer body("class[];UpdatePlansList;;" + kPlan + noPriority);
     std::vector<CVELMORA_UpdatePlans> plans;
     codec.toObject(body.get(), plans);
-    ASSERT_EQ(plans.size(), 2u);
-    EXPECT_EQ(plans[0].DeviceId + plans[0].DependencyName, "PCIROOT-8086-10FBnone");
-    EXPECT_EQ(plans[0].UpdatePriority, 3);
-    EXPECT_EQ(plans[0].UpdateJudgment, -2);
-    EXPECT_EQ(plans[1].UpdatePriority, 0);  // missing: 0, and the later fields still read
-    EXPECT_EQ(plans[1].CurrentVendorVersion + plans[1].DisplayName, "1.0NIC firmware");
+    nlohmann::json plan = nlohmann::json::parse(
+        R"({"ProviderName":"nic","VendorName":"Velmora","UniqueName":"nic-fw",)"
+        R"("DeviceId":"PCIROOT-8086-10FB","ModuleKind":"Firmware","UpdatePriority":3,)"
+        R"("CurrentVendorVersion":"1.0","NextVendorVersion":"1.1","DisplayName":"NIC firmware",)"
+        R"("UpdateJudgment":-2,"DependencyName":"none"})");
+    nlohmann::json missing = plan;
+    missing["UpdatePriority"] = 0;  // and the later fields still read
+    EXPECT_EQ(nlohmann::json(plans), nlohmann::json({plan, missing}));
     TextBuffer versions(
         "string;QelVersionInfoList;;string;GroupName;core;string;FileVersion;2.0;"
         "string;GroupName;ui;string;FileName;ui.so;string;FileVersion;2.1;");
     std::vector<CVELMORA_QelVersionInfo> list;
     codec.toObject(versions.get(), list);
-    ASSERT_EQ(list.size(), 2u);
-    EXPECT_EQ(list[0].FileName + "|" + list[0].FileVersion + "|" + list[1].FileName, "|2.0|ui.so");
+    EXPECT_EQ(nlohmann::json(list),
+              nlohmann::json::parse(R"([{"GroupName":"core","FileName":"",)"
+                                    R"("FileVersion":"2.0"},{"GroupName":)"
+                                    R"("ui","FileName":"ui.so","FileVersion":"2.1"}])"));
 }
 
 TEST(ListReadersTest, ListBoundaries) {
