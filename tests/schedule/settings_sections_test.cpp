@@ -104,24 +104,45 @@ TEST(SettingsSectionsTest, ReadersArePositional) {
     EXPECT_EQ(param.UpdatePriority, 0xFFFFFFFFu);  // the 32-bit pattern of -1
 }
 
+// Every operation writes its entry and exit lines under the codec's name.
 TEST(SettingsSectionsTest, TracesUnderTheCodecsName) {
     qel_test::TraceRecorder traces;
-    CUpDownSchedule named("caller");
-    std::string out;
-    named.toString(CVELMORA_UpdateSchedule(), out);
-    TextBuffer empty("");
-    CVELMORA_UpdateSchedule s;
-    named.toObject(empty.get(), s);
-    EXPECT_EQ(
-        traces.Texts(),
-        (std::vector<std::string>{
-            "[ENTER] CUpDownSchedule::CUpDownSchedule(std::string)",
-            "[LEAVE] CUpDownSchedule::CUpDownSchedule(std::string)",
-            "[ENTER] void CUpDownSchedule::toString(const CVELMORA_UpdateSchedule&, std::string&)",
-            "[LEAVE] void CUpDownSchedule::toString(const CVELMORA_UpdateSchedule&, std::string&)",
-            "[ENTER] void CUpDownSchedule::toObject(char*, CVELMORA_UpdateSchedule&)",
-            "[LEAVE] void CUpDownSchedule::toObject(char*, CVELMORA_UpdateSchedule&)"}));
-    EXPECT_EQ(traces.Lines()[2].source, "caller");
+    {
+        CUpDownSchedule named("caller");
+        std::string out;
+        TextBuffer empty("");
+        CVelmora_PriorityUpdateParam p;
+        CVELMORA_UpdateSchedule u;
+        CVELMORA_DownloadSetting d;
+        CVELMORA_DownloadSchedule s;
+        named.toString(p, out);
+        named.toString(u, out);
+        named.toString(d, out);
+        named.toString(d, s, out);
+        named.toObject(empty.get(), p);
+        named.toObject(empty.get(), u);
+        named.toObject(empty.get(), s, d);
+    }
+    std::vector<std::string> expected;
+    for (std::string signature :
+         {"CUpDownSchedule::CUpDownSchedule(std::string)",
+          "void CUpDownSchedule::toString(const CVelmora_PriorityUpdateParam&, std::string&)",
+          "void CUpDownSchedule::toString(const CVELMORA_UpdateSchedule&, std::string&)",
+          "void CUpDownSchedule::toString(const CVELMORA_DownloadSetting&, std::string&)",
+          "void CUpDownSchedule::toString(const CVELMORA_DownloadSetting&, const "
+          "CVELMORA_DownloadSchedule&, std::string&)",
+          "void CUpDownSchedule::toObject(char*, CVelmora_PriorityUpdateParam&)",
+          "void CUpDownSchedule::toObject(char*, CVELMORA_UpdateSchedule&)",
+          "void CUpDownSchedule::toObject(char*, CVELMORA_DownloadSchedule&, "
+          "CVELMORA_DownloadSetting&)",
+          "virtual CUpDownSchedule::~CUpDownSchedule()"}) {
+        expected.push_back("caller [ENTER] " + signature);
+        expected.push_back("caller [LEAVE] " + signature);
+    }
+    std::vector<std::string> got;
+    for (const qel_test::TraceLine& line : traces.Lines())
+        got.push_back(line.source + " " + line.text);
+    EXPECT_EQ(got, expected);
 }
 
 }  // namespace
