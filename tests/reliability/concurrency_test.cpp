@@ -4,9 +4,8 @@
 // also runs this under ThreadSanitizer.
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
 #include <atomic>
+#include <filesystem>
 #include <fstream>
 #include <thread>
 
@@ -17,28 +16,7 @@
 
 namespace {
 
-unsigned Mode(const std::string& path) {
-    struct stat info;
-    return stat(path.c_str(), &info) == 0 ? (info.st_mode & 0777) : 0;
-}
-
-// Sets known passwords and runs the operations that carry them.
-void UsePasswords() {
-    CSomIf som("secrets");
-    CVELMORA_DownloadSetting setting, read;
-    setting.ProxyPassword = "pw-proxy-71e2";
-    setting.CacheServerPassword = "pw-cache-93c4";
-    CVELMORA_DownloadSchedule schedule;
-    std::vector<std::string> lines;
-    EXPECT_EQ(som.SetAutoDownloadSetting(setting, schedule), 0);
-    EXPECT_EQ(som.GetAutoDownloadSetting(read, schedule), 0);
-    EXPECT_EQ(read.ProxyPassword, setting.ProxyPassword);
-    EXPECT_EQ(som.DownloadAll(setting), 0);
-    ASSERT_EQ(som.CollectDownloadLog("k", lines), 0);
-    ASSERT_FALSE(lines.empty());
-    for (const std::string& line : lines)
-        EXPECT_EQ(line.find("pw-"), std::string::npos) << line;
-}
+namespace fs = std::filesystem;
 
 TEST(ConcurrencyTest, EightClientsWithTracingAndNoSecretShown) {
     qel_test::TempSysroot root;
@@ -46,7 +24,17 @@ TEST(ConcurrencyTest, EightClientsWithTracingAndNoSecretShown) {
     const std::string trace = root.Path("/trace.log");
     setenv("QEL_TRACE", trace.c_str(), 1);
     CTraceUtility::Initialize("concurrency", 0xFFFFFFFFu);
-    UsePasswords();
+    CSomIf som("secrets");  // known passwords through the operations that carry them
+    CVELMORA_DownloadSetting setting;
+    setting.ProxyPassword = "pw-proxy-71e2";
+    setting.CacheServerPassword = "pw-cache-93c4";
+    std::vector<std::string> log;
+    EXPECT_EQ(som.SetAutoDownloadSetting(setting, CVELMORA_DownloadSchedule()), 0);
+    EXPECT_EQ(som.DownloadAll(setting), 0);
+    ASSERT_EQ(som.CollectDownloadLog("k", log), 0);
+    EXPECT_EQ(log.size(), 3u);
+    for (const std::string& line : log)
+        EXPECT_EQ(line.find("pw-"), std::string::npos) << line;
 
     const int kThreads = 8;
     const int kRounds = 60;  // 4 calls a round: 1,920 calls in all
@@ -77,8 +65,9 @@ TEST(ConcurrencyTest, EightClientsWithTracingAndNoSecretShown) {
     CTraceUtility::Initialize("concurrency", 0xFFFFFFFFu);
     EXPECT_EQ(wrong.load(), 0);
 
-    EXPECT_EQ(Mode(trace), 0600u);
-    EXPECT_EQ(Mode(somd.StatePath()), 0600u);
+    const auto privateFile = fs::perms::owner_read | fs::perms::owner_write;
+    EXPECT_EQ(fs::status(trace).permissions(), privateFile);
+    EXPECT_EQ(fs::status(somd.StatePath()).permissions(), privateFile);
     EXPECT_EQ(qel_test::ReadFile(trace).find("pw-"), std::string::npos);
     std::ifstream in(trace);
     std::string line;

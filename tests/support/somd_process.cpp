@@ -3,12 +3,15 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <stdexcept>
+
+#include "test_data.h"
 
 namespace qel_test {
 
@@ -30,10 +33,9 @@ pid_t SpawnSomd(const std::vector<std::string>& args, int* errFd,
         execv(QEL_SOMD_PATH, argv.data());
         _exit(127);
     }
-    if (errFd != nullptr) {
-        close(err[1]);
+    close(err[1]);
+    if (errFd != nullptr)
         *errFd = err[0];
-    }
     return pid;
 }
 
@@ -59,24 +61,42 @@ std::string ReadAll(int fd) {
     return text;
 }
 
-int ConnectTo(const std::string& socketPath) {
+namespace {
+
+// A new Unix socket given to `call` (connect or bind) with `socketPath`.
+int UnixSocket(const std::string& socketPath, int (*call)(int, const sockaddr*, socklen_t)) {
     const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     struct sockaddr_un addr = {};
     addr.sun_family = AF_UNIX;
     socketPath.copy(addr.sun_path, sizeof addr.sun_path - 1);
-    if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0)
+    if (call(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0)
         return fd;
     close(fd);
     return -1;
 }
 
+}  // namespace
+
+int ConnectTo(const std::string& socketPath) {
+    return UnixSocket(socketPath, connect);
+}
+
+int BindTo(const std::string& socketPath) {
+    return UnixSocket(socketPath, bind);
+}
+
 std::string RawExchange(const std::string& socketPath, const std::string& bytes) {
-    const int fd = ConnectTo(socketPath);
-    if (fd < 0)
-        return "";
+    const int fd = ConnectTo(socketPath);  // -1 fails all that follows
     send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
     shutdown(fd, SHUT_WR);
     return ReadAll(fd);
+}
+
+std::string FileIdentity(const std::string& path) {
+    struct stat info = {};
+    lstat(path.c_str(), &info);
+    return ReadFile(path) + "|" + std::to_string(info.st_ino) + "|" + std::to_string(info.st_mode) +
+           "|" + std::to_string(info.st_mtim.tv_nsec);
 }
 
 SomdProcess::SomdProcess(const TempSysroot& root, int workMs) : root_(root), workMs_(workMs) {
@@ -85,10 +105,6 @@ SomdProcess::SomdProcess(const TempSysroot& root, int workMs) : root_(root), wor
     if (std::system(command.c_str()) != 0)
         throw std::runtime_error("make-sandbox failed");
     Start();
-}
-
-SomdProcess::~SomdProcess() {
-    Stop();
 }
 
 std::vector<std::string> SomdProcess::Options(const std::vector<std::string>& extra) const {

@@ -22,17 +22,22 @@ pid_t SpawnSomd(const std::vector<std::string>& args, int* errFd = nullptr,
 int WaitExit(pid_t pid, int ms);
 // Reads `fd` to its end and closes it.
 std::string ReadAll(int fd);
-// A connected client socket, or -1.
+// A client socket connected to `socketPath`, or -1.
 int ConnectTo(const std::string& socketPath);
+// A socket bound (not listening) at `socketPath`, or -1.
+int BindTo(const std::string& socketPath);
 // Sends `bytes`, shuts the sending side and returns all that comes back.
 std::string RawExchange(const std::string& socketPath, const std::string& bytes);
+// Content, inode, mode and time of change of `path` (not following a link):
+// equal when nothing touched it.
+std::string FileIdentity(const std::string& path);
 
 class SomdProcess {
   public:
     // Lays out the default scenario under `root` (QEL_SYSROOT) and starts
     // somd with `workMs` per bulk run.
     explicit SomdProcess(const TempSysroot& root, int workMs = 200);
-    ~SomdProcess();
+    ~SomdProcess() { Stop(); }
     SomdProcess(const SomdProcess&) = delete;
     SomdProcess& operator=(const SomdProcess&) = delete;
 

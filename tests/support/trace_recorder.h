@@ -2,6 +2,7 @@
 #ifndef QEL_TESTS_SUPPORT_TRACE_RECORDER_H
 #define QEL_TESTS_SUPPORT_TRACE_RECORDER_H
 
+#include <algorithm>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -43,13 +44,12 @@ class TraceRecorder {
     }
     // Is there a line with exactly this text? The first one in `found`.
     bool Find(const std::string& text, TraceLine* found) const {
-        for (const TraceLine& line : Lines()) {
-            if (line.text == text) {
-                *found = line;
-                return true;
-            }
-        }
-        return false;
+        const std::vector<TraceLine> lines = Lines();
+        const auto it = std::find_if(lines.begin(), lines.end(),
+                                     [&](const TraceLine& line) { return line.text == text; });
+        if (it != lines.end())
+            *found = *it;
+        return it != lines.end();
     }
     void Clear() {
         std::lock_guard<std::mutex> lock(mutex_);
