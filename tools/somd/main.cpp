@@ -27,6 +27,7 @@
 #include "instance_lock.h"
 #include "listener.h"
 #include "protocol.h"
+#include "replay.h"
 #include "service.h"
 
 namespace {
@@ -45,6 +46,7 @@ void OnStopSignal(int) {
 const char kUsage[] =
     "usage: somd [--scenario DIR] [--state FILE] [--work-ms N] [--fresh-state]\n"
     "            [--max-connections N] [--socket-group NAME] [--socket-mode OCTAL]\n"
+    "            [--replay FILE]\n"
     "\n"
     "Serves the SOM protocol on the socket named in\n"
     "$QEL_SYSROOT/opt/velmora/qel/som/socket.conf (or on the socket that systemd\n"
@@ -58,7 +60,9 @@ const char kUsage[] =
     "  --work-ms N            how long a download, update or rollback takes\n"
     "  --max-connections N    connections served at once (default 256); more wait\n"
     "  --socket-group NAME    group that owns the socket (default the user's group)\n"
-    "  --socket-mode OCTAL    the socket's permissions (default 0660)\n";
+    "  --socket-mode OCTAL    the socket's permissions (default 0660)\n"
+    "  --replay FILE          serve the replies of a recording (QEL_RECORD) instead of\n"
+    "                         a scenario; an unrecorded request gets 0x8000A008\n";
 
 struct Options {
     std::string scenario = CFileUtility::SystemPath(kDefaultScenario);
@@ -68,6 +72,7 @@ struct Options {
     somd::ListenerLimits limits;
     std::string socketGroup;
     mode_t socketMode = 0660;
+    std::string replay;
 };
 
 // A whole number in [low, high] written in `base`; false for anything else.
@@ -91,6 +96,8 @@ bool ParseOptions(int argc, char** argv, Options& options) {
         long number = 0;
         if (arg == "--scenario") {
             options.scenario = value;
+        } else if (arg == "--replay" && *value != '\0') {
+            options.replay = value;
         } else if (arg == "--state") {
             options.state = value;
         } else if (arg == "--work-ms" && ParseNumber(value, 10, 0, 3600000, number)) {
@@ -240,18 +247,27 @@ int Run(const Options& options) {
     // The lock comes first: a refused start must touch neither the state
     // nor the socket.
     somd::InstanceLock lock(options.state, socketPath);
-    somd::Scenario scenario = somd::LoadScenario(options.scenario);
-    if (options.workMs >= 0)
-        scenario.workMilliseconds = options.workMs;
-    somd::SomService service(std::move(scenario), options.state, options.freshState);
+    std::unique_ptr<somd::Replay> replay;
+    std::unique_ptr<somd::SomService> service;
+    if (!options.replay.empty()) {
+        replay.reset(new somd::Replay(options.replay));
+    } else {
+        somd::Scenario scenario = somd::LoadScenario(options.scenario);
+        if (options.workMs >= 0)
+            scenario.workMilliseconds = options.workMs;
+        service.reset(new somd::SomService(std::move(scenario), options.state, options.freshState));
+    }
     InstallStopSignals();
     ListeningSocket listener(socketPath, options);
     std::cerr << "somd: listening on " << socketPath
               << (listener.activated() ? " (passed by systemd)" : "") << "\n";
     sd_notify(0, "READY=1");
     somd::RunAcceptLoop(listener.fd(), g_stopPipe[0], options.limits,
-                        [&service](int fd, const std::function<void()>& requestRead) {
-                            Serve(service, fd, requestRead);
+                        [&](int fd, const std::function<void()>& requestRead) {
+                            if (replay)
+                                replay->Serve(fd, requestRead);
+                            else
+                                Serve(*service, fd, requestRead);
                         });
     sd_notify(0, "STOPPING=1");
     std::cerr << "somd: stopped\n";
