@@ -1,53 +1,44 @@
-// somctl against a real somd: golden tables, JSON, secrets and exit codes.
+// somctl against a real somd: tables, JSON, secrets, exit codes and input checks.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
-#include <fcntl.h>
-#include <spawn.h>
+#include <sys/stat.h>
+#include <csignal>
 #include <sys/wait.h>
+#include <unistd.h>
 
-#include <fstream>
 #include <sstream>
 
+#include "somctl/output.h"
 #include "somctl/somctl.h"
 #include "support/somd_process.h"
 
 namespace {
 
+using Args = std::vector<std::string>;
+
 struct Outcome {
     int code;
-    std::string out;
-    std::string err;
+    std::string out, err;
 };
 
-Outcome Somctl(const std::vector<std::string>& args) {
+Outcome Somctl(const Args& args) {
     std::ostringstream out, err;
     int code = somctl::RunSomctl(args, out, err);
     return Outcome{code, out.str(), err.str()};
 }
 
-// Starts the real somctl binary with its output thrown away; returns its pid.
-pid_t StartSomctl(const std::vector<std::string>& args, const std::string& input = "/dev/null") {
-    std::vector<std::string> all{QEL_SOMCTL_PATH};
-    all.insert(all.end(), args.begin(), args.end());
-    std::vector<char*> argv;
-    for (std::string& arg : all)
-        argv.push_back(&arg[0]);
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, input.c_str(), O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    pid_t pid = -1;
-    posix_spawn(&pid, QEL_SOMCTL_PATH, &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    return pid;
-}
-
-int ExitOf(pid_t pid) {
-    int status = 0;
-    waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+// A shell line run with $SOMCTL naming the real binary: its exit code, and
+// its standard output and error together.
+Outcome Shell(const std::string& line) {
+    setenv("SOMCTL", QEL_SOMCTL_PATH, 1);
+    FILE* pipe = popen((line + " 2>&1").c_str(), "r");
+    std::string output;
+    char buffer[4096];
+    for (std::size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        output.append(buffer, n);
+    const int status = pclose(pipe);
+    return Outcome{WIFEXITED(status) ? WEXITSTATUS(status) : -1, output, output};
 }
 
 class SomctlTest : public ::testing::Test {
@@ -56,14 +47,7 @@ class SomctlTest : public ::testing::Test {
     qel_test::SomdProcess somd{root};
 };
 
-TEST_F(SomctlTest, GoldenTables) {
-    EXPECT_EQ(Somctl({"versions"}).out,
-              "GROUP      FILE               VERSION\n"
-              "core       libqel_SomIf.so.1  1.0.0\n"
-              "core       somd               1.0.0\n"
-              "providers  nicprovider.so     4.1.0\n"
-              "providers  gpuprovider.so     2.3.0\n"
-              "tools      fwtool             1.4.2\n");
+TEST_F(SomctlTest, GoldenTablesAndJson) {
     EXPECT_EQ(Somctl({"services", "alive"}).out,
               "SERVICE     CLASS                ALIVE\n"
               "NicService  VELMORA_NicProvider  yes\n"
@@ -71,19 +55,18 @@ TEST_F(SomctlTest, GoldenTables) {
     EXPECT_EQ(Somctl({"status"}).out, "service: answering\nupdate process: idle\n");
     EXPECT_EQ(Somctl({"name", "PCIROOT-10DE-1EB8-0000"}).out,
               "PCIROOT-10DE-1EB8-0000: NVIDIA Corporation TU104GL [Tesla T4]\n");
-    EXPECT_EQ(Somctl({"log", "result"}).out, "the result log is empty\n");
     EXPECT_EQ(Somctl({"plans", "--rollback"}).out, "nothing to roll back\n");
-}
-
-TEST_F(SomctlTest, JsonForScripts) {
-    Outcome plans = Somctl({"--json", "plans"});
-    ASSERT_EQ(plans.code, 0);
-    nlohmann::json doc = nlohmann::json::parse(plans.out);
-    EXPECT_TRUE(doc["ok"].get<bool>());
-    EXPECT_EQ(doc["plans"].size(), 3u);
-    EXPECT_EQ(doc["plans"][0]["UniqueName"], "nic-0-firmware");
-    Outcome update = Somctl({"--json", "update"});
-    EXPECT_EQ(nlohmann::json::parse(update.out)["rebootKind"], 1);
+    nlohmann::json plans = nlohmann::json::parse(Somctl({"--json", "plans"}).out);
+    EXPECT_EQ(plans["plans"].size(), 3u);
+    EXPECT_EQ(plans["plans"][0]["UniqueName"], "nic-0-firmware");
+    EXPECT_EQ(nlohmann::json::parse(Somctl({"--json", "--yes", "update"}).out)["rebootKind"], 1);
+    // Cells are cut to the width by display columns; control bytes never reach the terminal.
+    somctl::Table table({"NAME", "VALUE"});
+    table.Row({"\xe6\xbc\xa2\xe5\xad\x97\xe5\x90\x8d", "caf\xc3\xa9\x1b[2J\xff"});
+    std::ostringstream narrow;
+    table.Print(narrow, 14);
+    EXPECT_EQ(narrow.str(),
+              "NAME    VALUE\n\xe6\xbc\xa2\xe5\xad\x97\xe5\x90\x8d  caf\xc3\xa9?\xe2\x80\xa6\n");
 }
 
 TEST_F(SomctlTest, PasswordsNeverShow) {
@@ -91,93 +74,110 @@ TEST_F(SomctlTest, PasswordsNeverShow) {
                       "CacheServerPassword=swordfish", "IsAutoSetting=true"})
                   .code,
               0);
-    for (const auto& args : {std::vector<std::string>{"download-setting"},
-                             std::vector<std::string>{"--json", "download-setting"}}) {
+    for (const Args& args : {Args{"download-setting"}, Args{"--json", "download-setting"}}) {
         Outcome run = Somctl(args);
-        EXPECT_EQ(run.code, 0);
         EXPECT_EQ(run.out.find("hunter2"), std::string::npos);
         EXPECT_EQ(run.out.find("swordfish"), std::string::npos);
         EXPECT_NE(run.out.find("********"), std::string::npos);
     }
-    Somctl({"download"});
-    EXPECT_EQ(Somctl({"log", "download"}).out.find("hunter2"), std::string::npos);
     // "=-" reads the password from standard input; an empty input is refused.
-    const std::string input = somd.StatePath() + ".secret";
-    std::ofstream(input) << "from-stdin\n";
-    EXPECT_EQ(ExitOf(StartSomctl({"download-setting", "set", "ProxyPassword=-"}, input)), 0);
-    std::ifstream state(somd.StatePath());
-    std::string saved((std::istreambuf_iterator<char>(state)), std::istreambuf_iterator<char>());
-    EXPECT_NE(saved.find("from-stdin"), std::string::npos);
-    EXPECT_EQ(ExitOf(StartSomctl({"download-setting", "set", "ProxyPassword=-"})), somctl::kUsage);
+    EXPECT_EQ(Shell("echo from-stdin | $SOMCTL download-setting set ProxyPassword=-").code, 0);
+    EXPECT_EQ(Shell("grep -q from-stdin " + somd.StatePath()).code, 0);
+    EXPECT_EQ(Shell("$SOMCTL download-setting set ProxyPassword=- </dev/null").code,
+              somctl::kUsage);
 }
 
+// Each kind of failure has its exit code and says what failed.
 TEST_F(SomctlTest, ExitCodesByKindOfFailure) {
-    EXPECT_EQ(Somctl({}).code, somctl::kUsage);
-    EXPECT_EQ(Somctl({"frobnicate"}).code, somctl::kUsage);
-    EXPECT_EQ(Somctl({"download-setting", "set", "NoSuchField=1"}).code, somctl::kUsage);
-    EXPECT_EQ(Somctl({"plans", "--help"}).code, somctl::kOk);
-    EXPECT_EQ(Somctl({"--app-key", "a", "authority", "take"}).code, somctl::kOk);
-    Outcome refused = Somctl({"--app-key", "b", "authority", "take"});
-    EXPECT_EQ(refused.code, somctl::kServiceError);
-    EXPECT_NE(refused.err.find("(0x8000a001)"), std::string::npos);
-    Outcome json = Somctl({"--json", "frobnicate"});
-    EXPECT_FALSE(nlohmann::json::parse(json.out)["ok"].get<bool>());
+    struct Case {
+        Args args;
+        int code;
+        const char* says;
+    };
+    const Case live[] = {
+        {{}, somctl::kUsage, ""},
+        {{"frobnicate"}, somctl::kUsage, "unknown command"},
+        {{"plans", "--help"}, somctl::kOk, ""},
+        // A change leaves the authority as it found it, and refuses while another key holds it.
+        {{"update-setting", "set", "RepeatType=2"}, somctl::kOk, ""},
+        {{"--app-key", "a", "authority", "take"}, somctl::kOk, ""},
+        {{"--app-key", "b", "authority", "take"}, somctl::kServiceError, "(0x8000a001)"},
+        {{"--app-key", "b", "update-setting", "set", "RepeatType=3"},
+         somctl::kServiceError,
+         "another application key"},
+        {{"--app-key", "b", "--yes", "update"}, somctl::kServiceError, "another application key"},
+        {{"--app-key", "a", "update-setting", "set", "RepeatType=4"}, somctl::kOk, ""},
+        {{"--app-key", "a", "authority", "release"}, somctl::kOk, ""},
+        {{"exec", "NoClass", "NoMethod"}, somctl::kServiceError, "(0x8000a003)"},
+        {{"exec", std::string(1100, 'C'), "M"}, somctl::kUsage, "too long"},
+        {{"monitor", "set", "X", "\xff\xe9"}, somctl::kOk, ""},
+    };
+    for (const Case& c : live) {
+        Outcome run = Somctl(c.args);
+        EXPECT_EQ(run.code, c.code) << ::testing::PrintToString(c.args);
+        EXPECT_NE(run.err.find(c.says), std::string::npos) << run.err;
+    }
+    EXPECT_NE(Somctl({"monitor", "get", "X"}).out.find("X = \xff\xe9"), std::string::npos);
+    // A socket that this user may not open.
+    chmod(root.root().c_str(), 0755);
+    Outcome denied = Shell("setpriv --reuid=65534 --regid=65534 --clear-groups $SOMCTL versions");
+    EXPECT_EQ(denied.code, somctl::kUnreachable);
+    EXPECT_NE(denied.err.find("permission denied on " + somd.SocketPath()), std::string::npos);
     somd.Stop();
-    Outcome down = Somctl({"versions"});
-    EXPECT_EQ(down.code, somctl::kUnreachable);
-    EXPECT_NE(down.err.find("not running ("), std::string::npos);
-    EXPECT_EQ(Somctl({"status"}).code, somctl::kUnreachable);
+    for (const Args& args :
+         {Args{"versions"}, Args{"log", "download"}, Args{"--yes", "update"}, Args{"status"}}) {
+        Outcome down = Somctl(args);
+        EXPECT_EQ(down.code, somctl::kUnreachable) << args[0];
+        EXPECT_NE((down.out + down.err).find("not running (" + somd.SocketPath()),
+                  std::string::npos);
+    }
+    // A service that takes the connection but never answers.
+    somd.Start();
+    kill(somd.pid(), SIGSTOP);
+    root.WriteFile("/opt/velmora/qel/som/socket.conf",
+                   "socket=" + somd.SocketPath() + "\ntimeout=1\n");
+    Outcome silent = Somctl({"versions"});
+    kill(somd.pid(), SIGCONT);
+    EXPECT_EQ(silent.code, somctl::kNoReply);
+    EXPECT_NE(silent.err.find("did not answer within the time-out of 1 s"), std::string::npos);
 }
 
 // Every value is checked before anything is sent: each of these is refused
 // with exit 2 and an error naming the field, and the stored record is unchanged.
 TEST_F(SomctlTest, InvalidValuesRefusedBeforeSending) {
     const std::string before = Somctl({"--json", "update-setting"}).out;
-    const std::vector<std::vector<std::string>> refused = {
-        {"update-setting", "set", "IsAutoSetting=ture"},
-        {"update-setting", "set", "Time=25:99"},
-        {"update-setting", "set", "RepeatType=12abc"},
-        {"update-setting", "set", "RepeatType=99999999999"},
-        {"update-setting", "set", "DayOfWeek=Funday"},
-        {"update-setting", "bogus"},
-        {"download-setting", "set", "ProxyPort=http"},
-        {"priority", "set", "VELMORA_UpdateManager", "UpdatePriority=-5"},
-        {"priority", "set", "VELMORA_UpdateManager"},
-        {"plans", "--bogus"},
-        {"--app-key"},
-        {"--app-key", "team;alice", "authority", "take"},
-        {"--app-key", "\xff", "authority", "take"},
-        {"--bogus", "status"},
-        {"name", "8086:1533"},
-        {"providers", "tool", "VELMORA_NicProvider"},
-        {"providers", "device", "NoSuch"},
+    const std::vector<std::pair<Args, const char*>> refused = {
+        {{"update-setting", "set", "IsAutoSetting=ture"}, "IsAutoSetting accepts"},
+        {{"update-setting", "set", "Time=25:99"}, "Time accepts"},
+        {{"update-setting", "set", "RepeatType=12abc"}, "RepeatType accepts"},
+        {{"update-setting", "set", "RepeatType=99999999999"}, "RepeatType accepts"},
+        {{"update-setting", "set", "DayOfWeek=Funday"}, "DayOfWeek accepts"},
+        {{"update-setting", "set", "NoSuchField=1"}, "NAME one of"},
+        {{"update-setting", "bogus"}, "usage"},
+        {{"download-setting", "set", "ProxyPort=http"}, "ProxyPort accepts"},
+        {{"priority", "set", "VELMORA_UpdateManager", "UpdatePriority=-5"}, "UpdatePriority"},
+        {{"priority", "set", "VELMORA_UpdateManager"}, "usage"},
+        {{"plans", "--bogus"}, "usage"},
+        {{"--app-key"}, "--app-key needs"},
+        {{"--app-key", "team;alice", "authority", "take"}, "--app-key accepts"},
+        {{"--app-key", "\xff", "authority", "take"}, "--app-key accepts"},
+        {{"--bogus", "status"}, "unknown option"},
+        {{"name", "8086:1533"}, "DEVICE-ID accepts"},
+        {{"providers", "tool", "VELMORA_NicProvider"}, "is a device provider"},
+        {{"providers", "device", "NoSuch"}, "no device provider class 'NoSuch'"},
     };
-    for (const auto& args : refused) {
-        Outcome run = Somctl(args);
-        EXPECT_EQ(run.code, somctl::kUsage) << args.back();
-        EXPECT_FALSE(run.err.empty()) << args.back();
+    for (const auto& c : refused) {
+        Outcome run = Somctl(c.first);
+        EXPECT_EQ(run.code, somctl::kUsage) << c.second;
+        EXPECT_NE(run.err.find(c.second), std::string::npos) << run.err;
+        Args json = c.first;
+        json.insert(json.begin(), "--json");
+        nlohmann::json doc = nlohmann::json::parse(Somctl(json).out);
+        EXPECT_FALSE(doc["ok"].get<bool>()) << c.second;
     }
     EXPECT_EQ(Somctl({"--json", "update-setting"}).out, before);
-    for (const auto& args :
-         {std::vector<std::string>{"--json"}, std::vector<std::string>{"--json", "bogus\xff"},
-          std::vector<std::string>{"--json", "--help"}}) {
+    for (const Args& args : {Args{"--json"}, Args{"--json", "bogus\xff"}, Args{"--json", "--help"}})
         EXPECT_NO_THROW(nlohmann::json::parse(Somctl(args).out)) << args.back();
-    }
-}
-
-// A change refuses while another key holds the operating authority, and a
-// change that goes ahead leaves the authority as it found it.
-TEST_F(SomctlTest, ChangesHonourTheAuthority) {
-    ASSERT_EQ(Somctl({"update-setting", "set", "RepeatType=2"}).code, somctl::kOk);
-    EXPECT_EQ(Somctl({"--app-key", "other", "authority", "take"}).code, somctl::kOk);
-    for (const auto& args : {std::vector<std::string>{"update-setting", "set", "RepeatType=3"},
-                             std::vector<std::string>{"update"}}) {
-        Outcome run = Somctl(args);
-        EXPECT_EQ(run.code, somctl::kServiceError) << args[0];
-        EXPECT_NE(run.err.find("another application key"), std::string::npos);
-    }
-    EXPECT_EQ(Somctl({"--app-key", "other", "update-setting", "set", "RepeatType=4"}).code, 0);
-    EXPECT_EQ(Somctl({"--app-key", "other", "authority", "release"}).code, somctl::kOk);
 }
 
 // Two somctl processes changing different fields of one record at once: both
@@ -186,10 +186,11 @@ TEST_F(SomctlTest, ConcurrentChangesNeverLost) {
     for (int round = 0; round < 6; ++round) {
         const std::string user = "user" + std::to_string(round);
         const std::string path = "/cache" + std::to_string(round);
-        pid_t a = StartSomctl({"download-setting", "set", "ProxyUser=" + user});
-        pid_t b = StartSomctl({"download-setting", "set", "CacheServerPath=" + path});
-        ASSERT_EQ(ExitOf(a), 0);
-        ASSERT_EQ(ExitOf(b), 0);
+        ASSERT_EQ(Shell("$SOMCTL download-setting set ProxyUser=" + user + " & a=$!; " +
+                        "$SOMCTL download-setting set CacheServerPath=" + path + "; " +
+                        "b=$?; wait $a && exit $b")
+                      .code,
+                  0);
         nlohmann::json doc = nlohmann::json::parse(Somctl({"--json", "download-setting"}).out);
         EXPECT_EQ(doc["setting"]["ProxyUser"], user);
         EXPECT_EQ(doc["setting"]["CacheServerPath"], path);
