@@ -3,35 +3,11 @@
 // leaked vectors included, without a leak checker.
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <boost/shared_ptr.hpp>
-#include <cstdlib>
-#include <new>
 
 #include "CIWbemUtil.h"
 #include "IWbemClassObject.h"
-
-namespace {
-std::atomic<long> g_liveBlocks{0};
-}  // namespace
-
-// Every operator new of this test binary, the libraries' included, counted.
-void* operator new(std::size_t size) {
-    if (void* block = std::malloc(size != 0 ? size : 1)) {
-        ++g_liveBlocks;
-        return block;
-    }
-    throw std::bad_alloc();
-}
-void operator delete(void* block) noexcept {
-    if (block != nullptr) {
-        --g_liveBlocks;
-        std::free(block);
-    }
-}
-void operator delete(void* block, std::size_t) noexcept {
-    operator delete(block);
-}
+#include "framework/live_blocks.h"
 
 namespace {
 
@@ -79,7 +55,7 @@ TEST(IWbemClassObjectTest, WritersAppendExactItemBytes) {
 
 TEST(IWbemClassObjectTest, TreesFreeEverythingTheyHold) {
     Counted::live = 0;
-    const long blocks = g_liveBlocks;
+    const long blocks = qel_test::LiveBlocks();
     {
         IWbemClassObject top;
         auto* child = new Counted;
@@ -103,12 +79,12 @@ TEST(IWbemClassObjectTest, TreesFreeEverythingTheyHold) {
     EXPECT_EQ(Counted::live, 0);
     (new Counted)->Release();  // nobody holds it: deleted
     EXPECT_EQ(Counted::live, 0);
-    EXPECT_EQ(g_liveBlocks, blocks);
+    EXPECT_EQ(qel_test::LiveBlocks(), blocks);
 }
 
 TEST(CIWbemUtilTest, ReturnValueAndClassArrays) {
     Counted::live = 0;
-    const long blocks = g_liveBlocks;
+    const long blocks = qel_test::LiveBlocks();
     {
         IWbemClassObject obj;
         EXPECT_EQ(CIWbemUtil::setReturnValueToIWbemClassObject(&obj, 5), 0);
@@ -125,7 +101,7 @@ TEST(CIWbemUtilTest, ReturnValueAndClassArrays) {
         EXPECT_EQ(Counted::live, 2);  // an orphan list is freed at once; obj holds its own
     }
     EXPECT_EQ(Counted::live, 0);
-    EXPECT_EQ(g_liveBlocks, blocks);
+    EXPECT_EQ(qel_test::LiveBlocks(), blocks);
 }
 
 }  // namespace

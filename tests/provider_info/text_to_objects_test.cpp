@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "CProviderManageInfo.h"
+#include "framework/live_blocks.h"
 #include "framework/object_json.h"
 #include "provider_info/plain_text.h"
 #include "support/sample_providers.h"
@@ -17,11 +18,19 @@ std::string Plain(const Info& info) {
     return text;
 }
 
-std::string Tree(const std::string& text) {
+// The tree read from `text`, which frees everything it holds (checked
+// unless a trace recorder keeps blocks).
+std::string Tree(const std::string& text, bool countBlocks = true) {
     qel_test::TextBuffer buffer(text);
-    IWbemClassObject out;
-    CProviderManageInfo("tree").toObject(buffer.get(), out);
-    return qel_test::TreeText(out);
+    CProviderManageInfo codec("tree");
+    std::string tree;
+    auto read = [&] {
+        IWbemClassObject out;
+        codec.toObject(buffer.get(), out);
+        tree = qel_test::TreeText(out);
+    };
+    EXPECT_EQ(countBlocks ? qel_test::BlocksLeftBy(read) : (read(), 0L), 0);
+    return tree;
 }
 
 // The record that the tree read from `info`'s reply holds, as JSON.
@@ -74,9 +83,10 @@ TEST(TextToObjectsTest, ProviderHeaderDecidesTheKind) {
          R"("ProviderVersion":"","ToolInfo":[]}})"},
     };
     for (const auto& c : cases) {
-        qel_test::TraceRecorder traces;
         const std::string tree = Tree(c.first);
         EXPECT_EQ(tree, c.second) << c.first;
+        qel_test::TraceRecorder traces;
+        Tree(c.first, /*countBlocks=*/false);
         // Without a provider header the reader returns early, with no exit trace.
         EXPECT_EQ(
             traces.Contains("[LEAVE] void CProviderManageInfo::toObject(char*, IWbemClassObject&)"),

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "CUpDownSchedule.h"
+#include "framework/live_blocks.h"
 #include "framework/object_json.h"
 #include "support/text_buffer.h"
 #include "support/trace_recorder.h"
@@ -71,10 +72,11 @@ TEST_F(ConformityTest, FileLinkAndDepotBlockRules) {
               R"("ShareInfo":[{"ProviderName":"A","UpperVendorVersion":"1"}],)"
               R"("SimuInfo":[{"ProviderName":"B","UpperVendorVersion":"2"}]}})");
 
-    qel_test::TraceRecorder traces;
     IWbemClassObject other;
     TextBuffer unknown(
         "class[];ShareInfo;;string;ProviderName;A;string;UpperVendorVersion;1;class[];OtherInfo;;");
+    EXPECT_EQ(qel_test::BlocksLeftBy([&] { codec.SetUpdateDepoInfo(unknown.get(), &other); }), 0);
+    qel_test::TraceRecorder traces;
     EXPECT_STREQ(codec.SetUpdateDepoInfo(unknown.get(), &other), "class[];OtherInfo;;");
     EXPECT_TRUE(other.empty());  // dropped, and freed
     EXPECT_FALSE(traces.Contains(
@@ -99,10 +101,15 @@ TEST_F(ConformityTest, ListAndInputLevelRules) {
     };
     for (const auto& c : lists) {
         TextBuffer buffer(c.first);
-        IWbemClassObject obj;
-        codec.toObject2(buffer.get(), obj);
-        const Objects* entries = obj.GetAs<Objects>("UpdateModuleConformityList");
-        EXPECT_EQ(entries == nullptr ? -1 : static_cast<int>(entries->size()), c.second) << c.first;
+        // Dropped and unclosed objects are freed, as are the trees.
+        EXPECT_EQ(qel_test::BlocksLeftBy([&] {
+                      IWbemClassObject obj;
+                      codec.toObject2(buffer.get(), obj);
+                      const Objects* entries = obj.GetAs<Objects>("UpdateModuleConformityList");
+                      EXPECT_EQ(entries ? static_cast<int>(entries->size()) : -1, c.second);
+                  }),
+                  0)
+            << c.first;
     }
     const std::pair<std::string, std::string> inputs[] = {
         {std::string("string;CheckUpdateModuleConformityInput;;") + kEntry, "{}"},
