@@ -420,7 +420,8 @@ Reply SomService::DownloadAll(const Request& request) {
     IWbemClassObject sections;
     CUpDownSchedule(kTraceName).String2IWbem(body.get(), sections);
     std::string source = "the configured site";
-    if (IWbemClassObject* const* setting = sections.GetAs<IWbemClassObject*>("DownloadSetting")) {
+    if (IWbemClassObject* const* setting =
+            sections.GetAs<IWbemClassObject*>(qel::SectionName(CVELMORA_DownloadSetting()))) {
         if (const std::string* url = (*setting)->GetAs<std::string>("WebSiteUrl")) {
             if (!url->empty())
                 source = *url;
