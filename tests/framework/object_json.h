@@ -24,6 +24,14 @@ inline nlohmann::ordered_json SplitJoined(const std::string& text) {
     return list;
 }
 
+template <class T>
+bool Scalar(const boost::any& value, nlohmann::ordered_json& out) {
+    const T* scalar = boost::any_cast<T>(&value);
+    if (scalar != nullptr)
+        out = *scalar;
+    return scalar != nullptr;
+}
+
 inline nlohmann::ordered_json ObjectJson(const IWbemClassObject& obj,
                                          const std::set<std::string>& arrays = {}) {
     typedef std::vector<IWbemClassObject*> Objects;
@@ -39,23 +47,14 @@ inline nlohmann::ordered_json ObjectJson(const IWbemClassObject& obj,
         nlohmann::ordered_json& out = json[entry.first];
         if (const auto* s = boost::any_cast<std::string>(&v))
             out = arrays.count(entry.first) ? SplitJoined(*s) : nlohmann::ordered_json(*s);
-        else if (const auto* i = boost::any_cast<int>(&v))
-            out = *i;
-        else if (const auto* l = boost::any_cast<long>(&v))
-            out = *l;
-        else if (const auto* u = boost::any_cast<unsigned long>(&v))
-            out = *u;
-        else if (const auto* b = boost::any_cast<bool>(&v))
-            out = *b;
-        else if (const auto* a = boost::any_cast<std::vector<std::string>>(&v))
-            out = *a;
         else if (const auto* o = boost::any_cast<IWbemClassObject*>(&v))
             out = *o ? ObjectJson(**o, arrays) : nullptr;
         else if (const auto* vec = boost::any_cast<Objects>(&v))
             out = list(*vec);
         else if (const auto* ptr = boost::any_cast<Objects*>(&v))
             out = *ptr ? list(**ptr) : nullptr;
-        else
+        else if (!Scalar<int>(v, out) && !Scalar<long>(v, out) && !Scalar<unsigned long>(v, out) &&
+                 !Scalar<bool>(v, out) && !Scalar<std::vector<std::string>>(v, out))
             out = "?";
     }
     return json;
