@@ -23,6 +23,7 @@
 namespace {
 
 const std::size_t kLengthFieldWidth = 8;
+const std::size_t kReadAhead = 4096;
 const char kTraceSource[] = "CFileTransfer";
 const int kTraceLevelError = 2;
 
@@ -256,6 +257,8 @@ class CFileTransfer::ReplySink {
         return static_cast<int>(stored_);
     }
     std::string Stored() const { return std::string(buffer_ ? buffer_ : "", stored_); }
+    // Keeps at most the first `bytes` bytes: what a read ahead took past the reply's end.
+    void Truncate(std::size_t bytes) { stored_ = stored_ < bytes ? stored_ : bytes; }
     // Drops what came: the reply reads as "".
     void Discard() {
         stored_ = 0;
@@ -414,12 +417,16 @@ int CFileTransfer::Receive(ReplySink& sink, int headerLength) {
     // The header, keeping its last 8 characters: the body-length field.
     const std::size_t header = headerLength > 0 ? static_cast<std::size_t>(headerLength) : 0;
     sink.Reserve(header);
+    // The service is still working on the reply: wait before the first read
+    // instead of a read that would find nothing.
+    WaitFor(fd_, POLLIN, deadline);
     char lengthField[kLengthFieldWidth];
     std::size_t lengthFieldFill = 0;
     std::size_t got = 0;
     while (got < header) {
+        // Reads ahead into the body: a small reply comes in one read.
         const char* data = nullptr;
-        ssize_t n = sink.Receive(fd_, header - got, deadline, &data);
+        ssize_t n = sink.Receive(fd_, header - got + kReadAhead, deadline, &data);
         if (n <= 0) {
             if (n == 0)
                 errno = ECONNRESET;  // closed before a whole header
@@ -430,7 +437,7 @@ int CFileTransfer::Receive(ReplySink& sink, int headerLength) {
         }
         for (ssize_t i = 0; i < n; ++i) {
             std::size_t at = got + static_cast<std::size_t>(i);
-            if (header >= kLengthFieldWidth && at >= header - kLengthFieldWidth) {
+            if (header >= kLengthFieldWidth && at >= header - kLengthFieldWidth && at < header) {
                 lengthField[lengthFieldFill++] = data[i];
             }
         }
@@ -447,8 +454,12 @@ int CFileTransfer::Receive(ReplySink& sink, int headerLength) {
             remaining = remaining * 10 + static_cast<unsigned>(lengthField[i] - '0');
         }
     }
-    if (knownLength)
+    const std::size_t ahead = got - header;
+    if (knownLength) {
         sink.Reserve(header + static_cast<std::size_t>(remaining));
+        sink.Truncate(header + static_cast<std::size_t>(remaining));
+        remaining -= ahead < remaining ? ahead : remaining;
+    }
     bool failed = false;
     while (!knownLength || remaining > 0) {
         std::size_t want = 1 << 20;

@@ -74,6 +74,8 @@ TEST_F(FileTransferTest, RepliesAreStoredCutOrReadToTheClose) {
         EXPECT_EQ(Exchange(service, c.action, c.bufferSize), c.stored) << c.stored.substr(0, 40);
     CFileTransfer transfer("t", kConfig);
     EXPECT_EQ(transfer.SendMessage("00000035cafefeedC/M0000000000000003abc"), 38);
+    char buffer[64];
+    EXPECT_EQ(transfer.RecvMessage(buffer, sizeof buffer, 35), 35);  // the request was read whole
     EXPECT_EQ(service.LastRequest().bytes, "00000035cafefeedC/M0000000000000003abc");
 }
 

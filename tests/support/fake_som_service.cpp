@@ -101,11 +101,6 @@ void FakeSomService::Push(Action action) {
     script_.push_back(std::move(action));
 }
 
-std::vector<Request> FakeSomService::Requests() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return requests_;
-}
-
 Request FakeSomService::LastRequest() const {
     std::lock_guard<std::mutex> lock(mutex_);
     return requests_.empty() ? Request() : requests_.back();

@@ -51,7 +51,6 @@ class FakeSomService {
     FakeSomService& operator=(const FakeSomService&) = delete;
 
     void Push(Action action);
-    std::vector<Request> Requests() const;
     Request LastRequest() const;
     // Waits (up to 10 s) until the service has closed every connection it
     // accepted, so that descriptor counts see only the client.
