@@ -97,10 +97,16 @@ bool ItemIndex::Locate(const char* pos, std::size_t* index) const {
         *index = lastNextIndex_;
         return true;
     }
+    if (pos == lastLocated_ && pos != nullptr) {
+        *index = lastLocatedIndex_;
+        return true;
+    }
     auto it = std::lower_bound(starts_.begin(), starts_.end(), pos);
     if (it == starts_.end() || *it != pos)
         return false;
     *index = static_cast<std::size_t>(it - starts_.begin());
+    lastLocated_ = pos;
+    lastLocatedIndex_ = *index;
     return true;
 }
 

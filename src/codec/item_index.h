@@ -51,6 +51,9 @@ class ItemIndex {
     // position is remembered, and each name's search starts where it ended.
     mutable const char* lastNext_ = nullptr;
     mutable std::size_t lastNextIndex_ = 0;
+    // Several fields are often searched from one position in turn.
+    mutable const char* lastLocated_ = nullptr;
+    mutable std::size_t lastLocatedIndex_ = 0;
 };
 
 // Makes a codec's forward searches use an index of `text` while it lives.

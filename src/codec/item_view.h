@@ -39,11 +39,7 @@ struct ItemView {
     std::string Tag() const { return std::string(tag, tagLength); }
     std::string Name() const { return std::string(name, nameLength); }
     // The value with every "%!@" turned back into ";".
-    std::string Value() const {
-        std::string out;
-        AssignValue(out);
-        return out;
-    }
+    std::string Value() const;
     void AssignValue(std::string& out) const;
     // Whether the value, unescaped, is exactly `text` (which holds no ";").
     bool ValueEquals(const char* text, std::size_t length) const {
@@ -61,6 +57,20 @@ inline void AssignUnescaped(std::string& out, const char* text, std::size_t leng
     out.clear();
     out.reserve(length);
     item::AppendUnescaped(out, text, text + length);
+}
+
+// [text, text + length) unescaped, as a new string.
+inline std::string Unescaped(const char* text, std::size_t length) {
+    if (std::memchr(text, '%', length) == nullptr)
+        return std::string(text, length);
+    std::string out;
+    out.reserve(length);
+    item::AppendUnescaped(out, text, text + length);
+    return out;
+}
+
+inline std::string ItemView::Value() const {
+    return Unescaped(value, valueLength);
 }
 
 inline void ItemView::AssignValue(std::string& out) const {
@@ -204,22 +214,25 @@ inline void SplitRawArray(const char* value, std::size_t length, SplitRules rule
     for (const char* p = nextSeparator(value); p != end; p = nextSeparator(p + 2))
         ++count;
     out.reserve(out.size() + count);
+    // Most values hold no "%": then no element needs unescaping or cutting.
+    const bool escaped = std::memchr(value, '%', length) != nullptr;
+    auto element = [&](const char* from, const char* to) {
+        out.push_back(escaped ? Unescaped(from, to - from) : std::string(from, to));
+    };
     const char* start = value;
     for (std::size_t i = 1; i < count; ++i) {
         const char* stop = nextSeparator(start);
-        out.emplace_back();
-        AssignUnescaped(out.back(), start, stop - start);
+        element(start, stop);
         start = stop + item::kArraySeparatorLength;
     }
     const char* stop = end;
-    if (rules.cutLastAtFieldEnd) {
+    if (escaped && rules.cutLastAtFieldEnd) {
         const char* escape = static_cast<const char*>(
             memmem(start, end - start, item::kEscapedFieldEnd, item::kEscapedFieldEndLength));
         if (escape != nullptr)
             stop = escape;
     }
-    out.emplace_back();
-    AssignUnescaped(out.back(), start, stop - start);
+    element(start, stop);
 }
 
 inline void SplitRawArray(const ItemView& item, SplitRules rules, std::vector<std::string>& out) {

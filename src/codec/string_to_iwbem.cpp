@@ -22,9 +22,7 @@ bool PushPlain(const qel::ItemView& item, IWbemClassObject& target) {
         target.pushPlain(item.name, item.nameLength, std::forward<decltype(value)>(value));
     };
     if (item.TagEquals(kTagString)) {
-        std::string value;
-        item.AssignValue(value);
-        push(std::move(value));
+        push(item.Value());
     } else if (item.TagEquals(kTagInt)) {
         push(static_cast<int>(qel::ParseDecimal(item)));
     } else if (item.TagEquals(kTagLong)) {
