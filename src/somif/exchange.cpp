@@ -184,7 +184,7 @@ int CSomIf::TransMessage(const char* func, std::string className, std::string& b
 int CSomIf::TransMessage(const char* func, std::string className, std::string& body) {
     const qel::somif::Exchanged exchanged =
         qel::somif::Exchange(*this, TraceName(), func, className, body);
-    body.assign(exchanged.reply.text);
+    body.assign(exchanged.reply.text, exchanged.reply.length);
     return exchanged.rc;
 }
 
