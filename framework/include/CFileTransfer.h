@@ -14,9 +14,11 @@
 // Blanks around keys and values are trimmed; lines starting with '#' and
 // empty lines are ignored, and a '#' at the start of a value or after a blank
 // begins a comment. A time-out that is not whole seconds is reported in the
-// trace (level 2) and the one before it (at first 300) is kept. An absolute configuration path is
-// resolved through CFileUtility::SystemPath; the socket path inside it is used as written. Nothing
-// here raises SIGPIPE, writes outside the caller's buffer, or waits past the time-out.
+// trace (level 2) when the file is read, and the one before it (at first 300)
+// is kept. An absolute configuration path is resolved through
+// CFileUtility::SystemPath; the socket path inside it is used as written.
+// Nothing here raises SIGPIPE, writes outside the caller's buffer, or waits
+// past the time-out.
 //
 // An object serves one exchange at a time; separate objects are independent.
 #ifndef QEL_CFILETRANSFER_H
