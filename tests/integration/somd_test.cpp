@@ -323,10 +323,12 @@ TEST_F(SomdTest, IdleAndTricklingClientsAreBoundedAndCutOff) {
     usleep(400000);
     EXPECT_EQ(OpenDescriptorCount(std::to_string(somd.pid())), before);
 
-    struct pollfd trickler = {ConnectTo(socket), POLLIN, 0};
+    // A sound header announcing 100 bytes of body, which then come one by one.
+    struct pollfd trickler = {Clients(socket, 1, "00000035cafefeedC/M0000000000000100")[0], POLLIN,
+                              0};
     const auto connected = Clock::now();
     while (poll(&trickler, 1, 500) == 0 && Clock::now() - connected < seconds(10))
-        send(trickler.fd, "0", 1, MSG_NOSIGNAL);  // never enough for a request
+        send(trickler.fd, "x", 1, MSG_NOSIGNAL);
     EXPECT_GT(Clock::now() - connected, seconds(4));
     EXPECT_LT(Clock::now() - connected, seconds(7));
     close(trickler.fd);
