@@ -24,11 +24,11 @@ std::string CSerializedMsg::getClassArrayName(const char* name, int index) {
     return path;
 }
 
-char* CSerializedMsg::setStringArray(char* pos, const std::string&, const char* key,
+char* CSerializedMsg::setStringArray(char* pos, const std::string& prefix, const char* key,
                                      std::vector<std::string>& values) {
-    // The prefix never changes a match (see compareItem).
+    std::string path;
     char* next = qel::CompareOne(
-        pos, key,
+        pos, qel::PrefixedKey(prefix, key, path),
         [&](const qel::ItemView& item) { qel::SplitRawArray(item, kSetStringArraySplit, values); },
         [] {});
     if (next == pos && pos != nullptr)

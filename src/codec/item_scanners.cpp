@@ -69,20 +69,22 @@ char* CSerializedMsg::compareItem(char* pos, const char* key, IWbemClassObject& 
     return next;
 }
 
-// The key's last path component is what an item's name is compared with, so
-// a prefix in front of a key never changes a match: these read as the plain
-// key without building the path.
-char* CSerializedMsg::compareItem(char* pos, const std::string&, const char* key,
+char* CSerializedMsg::compareItem(char* pos, const std::string& prefix, const char* key,
                                   std::string& value) {
-    return compareItem(pos, key, value);
+    std::string path;
+    return compareItem(pos, qel::PrefixedKey(prefix, key, path), value);
 }
 
-char* CSerializedMsg::compareItem(char* pos, const std::string&, const char* key, bool& value) {
-    return compareItem(pos, key, value);
+char* CSerializedMsg::compareItem(char* pos, const std::string& prefix, const char* key,
+                                  bool& value) {
+    std::string path;
+    return compareItem(pos, qel::PrefixedKey(prefix, key, path), value);
 }
 
-char* CSerializedMsg::compareItem(char* pos, const std::string&, const char* key, int& value) {
-    return compareItem(pos, key, value);
+char* CSerializedMsg::compareItem(char* pos, const std::string& prefix, const char* key,
+                                  int& value) {
+    std::string path;
+    return compareItem(pos, qel::PrefixedKey(prefix, key, path), value);
 }
 
 // Here the prefix does count: the entry is named with the whole path.

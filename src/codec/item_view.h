@@ -117,6 +117,17 @@ inline KeyMatch PathKey(const char* key) {
     return KeyMatch{last, std::strlen(last)};
 }
 
+// prefix + key as a key to match: an item's name is compared with the key's
+// last path component, which a prefix that is empty or ends a path
+// ("List[3]/") cannot change, so then `key` itself is returned and no path
+// is built; otherwise the path is built in `scratch`.
+inline const char* PrefixedKey(const std::string& prefix, const char* key, std::string& scratch) {
+    if (prefix.empty() || prefix.back() == item::kPathSeparator)
+        return key;
+    scratch = prefix + key;
+    return scratch.c_str();
+}
+
 inline KeyMatch ExactKey(const char* key) {
     return KeyMatch{key, std::strlen(key)};
 }
