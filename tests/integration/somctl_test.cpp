@@ -70,10 +70,9 @@ TEST_F(SomctlTest, GoldenTablesAndJson) {
 }
 
 TEST_F(SomctlTest, PasswordsNeverShow) {
-    ASSERT_EQ(Somctl({"download-setting", "set", "ProxyPassword=hunter2",
-                      "CacheServerPassword=swordfish", "IsAutoSetting=true"})
-                  .code,
-              0);
+    const Args set{"download-setting", "set", "ProxyPassword=hunter2",
+                   "CacheServerPassword=swordfish"};
+    ASSERT_EQ(Somctl(set).code, 0);
     for (const Args& args : {Args{"download-setting"}, Args{"--json", "download-setting"}}) {
         Outcome run = Somctl(args);
         EXPECT_EQ(run.out.find("hunter2"), std::string::npos);
@@ -158,9 +157,9 @@ TEST_F(SomctlTest, InvalidValuesRefusedBeforeSending) {
         {{"priority", "set", "VELMORA_UpdateManager", "UpdatePriority=-5"}, "UpdatePriority"},
         {{"priority", "set", "VELMORA_UpdateManager"}, "usage"},
         {{"plans", "--bogus"}, "usage"},
-        {{"--app-key"}, "--app-key needs"},
-        {{"--app-key", "team;alice", "authority", "take"}, "--app-key accepts"},
-        {{"--app-key", "\xff", "authority", "take"}, "--app-key accepts"},
+        {{"--app-key"}, "--app-key: 1 required KEY missing"},
+        {{"--app-key", "team;alice", "authority", "take"}, "--app-key: accepts"},
+        {{"--app-key", "\xff", "authority", "take"}, "--app-key: accepts"},
         {{"--bogus", "status"}, "unknown option"},
         {{"name", "8086:1533"}, "DEVICE-ID accepts"},
         {{"providers", "tool", "VELMORA_NicProvider"}, "is a device provider"},
@@ -176,7 +175,8 @@ TEST_F(SomctlTest, InvalidValuesRefusedBeforeSending) {
         EXPECT_FALSE(doc["ok"].get<bool>()) << c.second;
     }
     EXPECT_EQ(Somctl({"--json", "update-setting"}).out, before);
-    for (const Args& args : {Args{"--json"}, Args{"--json", "bogus\xff"}, Args{"--json", "--help"}})
+    for (const Args& args : {Args{"--json"}, Args{"--json", "bogus\xff"}, Args{"--json", "--help"},
+                             Args{"--json", "--version"}})
         EXPECT_NO_THROW(nlohmann::json::parse(Somctl(args).out)) << args.back();
 }
 
