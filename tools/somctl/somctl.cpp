@@ -9,9 +9,7 @@
 
 #include "CSomIf.h"
 #include "commands.h"
-#ifdef QEL_SOMCTL_RECORDING
 #include "record_commands.h"
-#endif
 #include "values.h"
 
 namespace somctl {
@@ -45,13 +43,11 @@ const Command kCommands[] = {
     {"monitor", "get NAME|set NAME VALUE|clear|reload", "alive monitor", Monitor},
     {"name", "DEVICE-ID", "name a device from the PCI ID database", Name},
     {"exec", "CLASS METHOD [NAME=VALUE...]", "call any method", Exec},
-#ifdef QEL_SOMCTL_RECORDING
     // Recording and replay (record_commands.cpp).
     {"record", "FILE -- COMMAND [ARGS]", "run a command with its exchanges recorded",
      [](Context& c, const Args& a) { return RecordCommand(c.output, a, c.appKey, c.yes); }},
     {"replay-check", "FILE", "send a recording's requests, compare replies",
      [](Context& c, const Args& a) { return ReplayCheckCommand(c.output, a); }},
-#endif
 };
 
 const char kExitCodes[] =
