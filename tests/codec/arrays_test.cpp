@@ -14,9 +14,10 @@ TEST(ArraysTest, SetStringArraySplitsAppendsOrEmpties) {
     CSerializedMsg codec("arr");
     EXPECT_EQ(codec.getClassArrayName("ToolInfo", 12), "ToolInfo[12]/");
     EXPECT_EQ(codec.getClassArrayName("A", -3), "A[-3]/");
-    const std::pair<const char*, Strings> cases[] = {
-        {"a!#b", {"a", "b"}}, {"a", {"a"}},       {"", {}},
-        {"a!#", {"a", ""}},   {"x%!@y", {"x;y"}}, {"!#!#", {"", "", ""}}};
+    // clang-format off
+    const std::pair<const char*, Strings> cases[] = {{"a!#b", {"a", "b"}}, {"a", {"a"}}, {"", {}},
+        {"a!#", {"a", ""}}, {"x%!@y", {"x;y"}}, {"!#!#", {"", "", ""}}};
+    // clang-format on
     for (const auto& c : cases) {
         TextBuffer text(std::string("string[];Paths;") + c.first + ";");
         Strings values{"kept"};
@@ -37,14 +38,12 @@ TEST(ArraysTest, SetStringArraySplitsAppendsOrEmpties) {
 
 TEST(ArraysTest, WholeBodyReaders) {
     CSerializedMsg codec("arr");
+    // clang-format off
     const std::pair<const char*, Strings> runs[] = {
         {"string[];A;x!#y;string[];B;z;string;C;w;string[];D;q;", {"x", "y", "z"}},
-        {"string[];A;;", {""}},
-        {"string[];A;a!#;", {"a", ""}},
-        {"string[];A;a%!@b!#c%!@d;", {"a;b", "c"}},
-        {"string;A;x;string[];B;y;", {}},
-        {"string[];A;x;string[];B;y", {"x"}},
-    };
+        {"string[];A;;", {""}}, {"string[];A;a!#;", {"a", ""}}, {"string;A;x;string[];B;y;", {}},
+        {"string[];A;a%!@b!#c%!@d;", {"a;b", "c"}}, {"string[];A;x;string[];B;y", {"x"}}};
+    // clang-format on
     for (const auto& c : runs) {
         TextBuffer text(c.first);
         Strings values;
@@ -63,11 +62,9 @@ TEST(ArraysTest, WholeBodyReaders) {
         "std::vector<std::basic_string<char, std::char_traits<char>, std::allocator<char> >, "
         "std::allocator<std::basic_string<char, std::char_traits<char>, std::allocator<char> > > "
         ">&)";
-    EXPECT_EQ(
-        traces.Texts(),
-        (Strings{
-            "virtual void CSerializedMsg::StringArray2Array(char*, " + vec + " parameter is NULL",
-            "virtual void CSerializedMsg::String2Array(char*, " + vec + " parameter is NULL"}));
+    const std::string null = vec + " parameter is NULL", head = "virtual void CSerializedMsg::";
+    EXPECT_EQ(traces.Texts(), (Strings{head + "StringArray2Array(char*, " + null,
+                                       head + "String2Array(char*, " + null}));
     EXPECT_EQ(traces.Lines()[0].source, "som");
 }
 
@@ -78,11 +75,12 @@ TEST(ArraysTest, FirstItemAsTextOrFlag) {
         const char* string;
         bool flag;
     };
+    // clang-format off
     const Case cases[] = {
-        {"string;AppKey;k%!@1;", "k;1", false}, {"bool;Rollback;1;", "1", true},
+        {"string;AppKey;k%!@1;", "k;1", false}, {"bool;Rollback;1;", "1", true}, {"", "", false},
         {"bool;Rollback;true;", "true", false}, {"bool;Rollback;1", "", false},
-        {"bool;Rollback;10;", "10", false},     {"", "", false},
-    };
+        {"bool;Rollback;10;", "10", false}};
+    // clang-format on
     for (const Case& c : cases) {
         EXPECT_EQ(codec.getString(c.text), c.string) << c.text;
         EXPECT_EQ(codec.getBool(c.text), c.flag) << c.text;

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <boost/shared_ptr.hpp>
+#include <memory>
 #include <stdexcept>
 
 #include "CSerializedMsg.h"
@@ -18,7 +19,7 @@ std::string Encode(IWbemClassObject& obj, std::string out = "") {
     return out;
 }
 
-IWbemClassObject* WithInt(const char* name, int value) {
+IWbemClassObject* With(const char* name, const boost::any& value) {
     auto* obj = new IWbemClassObject;
     obj->push(name, value);
     return obj;
@@ -26,28 +27,21 @@ IWbemClassObject* WithInt(const char* name, int value) {
 
 TEST(EncoderTest, EveryValueTypeWritesItsItem) {
     qel_test::TraceRecorder traces;
+    typedef std::vector<std::string> Strings;
+    // Unknown types and null pointers are skipped, with a trace each.
+    // clang-format off
     const std::pair<boost::any, std::string> cases[] = {
-        {std::string("a;b"), "string;K;a%!@b;"},
-        {std::string(), "string;K;;"},
-        {-5, "int;K;-5;"},
-        {7u, "uint;K;7;"},
-        {-9223372036854775807L - 1, "long;K;-9223372036854775808;"},
-        {18446744073709551615UL, "ulong;K;18446744073709551615;"},
-        {true, "bool;K;true;"},
-        {std::vector<std::string>{}, "string[];K;;"},
-        {std::vector<std::string>{"x", "y"}, "string[];K;x!#y;"},
-        {boost::shared_ptr<std::vector<std::string>>(new std::vector<std::string>{"s"}),
-         "string[];K;s;"},
-        {static_cast<IWbemClassObject*>(WithInt("I", 3)), "class;K;;int;I;3;"},
-        {boost::shared_ptr<IWbemClassObject>(WithInt("I", 4)), "class;K;;int;I;4;"},
-        {Objects{WithInt("I", 0), WithInt("I", 1)}, "class[];K;;int;I;0;int;I;1;"},
-        {new Objects{WithInt("I", 0)}, "class[];K;;int;I;0;"},
-        // Unknown types and null pointers are skipped, with a trace each.
-        {1.5, ""},
-        {boost::any(), ""},
-        {static_cast<IWbemClassObject*>(nullptr), ""},
-        {static_cast<Objects*>(nullptr), ""},
-    };
+        {std::string("a;b"), "string;K;a%!@b;"}, {std::string(), "string;K;;"}, {-5, "int;K;-5;"},
+        {7u, "uint;K;7;"}, {-9223372036854775807L - 1, "long;K;-9223372036854775808;"},
+        {18446744073709551615UL, "ulong;K;18446744073709551615;"}, {true, "bool;K;true;"},
+        {Strings{}, "string[];K;;"}, {Strings{"x", "y"}, "string[];K;x!#y;"},
+        {boost::shared_ptr<Strings>(new Strings{"s"}), "string[];K;s;"},
+        {static_cast<IWbemClassObject*>(With("I", 3)), "class;K;;int;I;3;"},
+        {boost::shared_ptr<IWbemClassObject>(With("I", 4)), "class;K;;int;I;4;"},
+        {Objects{With("I", 0), With("I", 1)}, "class[];K;;int;I;0;int;I;1;"},
+        {new Objects{With("I", 0)}, "class[];K;;int;I;0;"}, {1.5, ""}, {boost::any(), ""},
+        {static_cast<IWbemClassObject*>(nullptr), ""}, {static_cast<Objects*>(nullptr), ""}};
+    // clang-format on
     for (const auto& c : cases) {
         IWbemClassObject obj;
         obj.push("K", c.first);
@@ -61,12 +55,11 @@ TEST(EncoderTest, EveryValueTypeWritesItsItem) {
     IWbemClassObject obj;
     EXPECT_EQ(Encode(obj, "prefix"), "prefix");
     obj.push("B", std::string("1"));
-    obj.push("N", WithInt("I", 3));
+    obj.push("N", With("I", 3));
     obj.push("B", std::string("3"));
-    IWbemClassObject e0, e1;  // shared_ptr vectors manage the vector, not its elements
-    e0.push("I", 0);
-    e1.push("I", 1);
-    obj.push("S", boost::shared_ptr<Objects>(new Objects{&e0, &e1}));
+    // shared_ptr vectors manage the vector, not its elements
+    std::unique_ptr<IWbemClassObject> e0(With("I", 0)), e1(With("I", 1));
+    obj.push("S", boost::shared_ptr<Objects>(new Objects{e0.get(), e1.get()}));
     EXPECT_EQ(Encode(obj, "prefix"),
               "prefixstring;B;1;class;N;;int;I;3;string;B;3;class[];S;;int;I;0;int;I;1;");
 }
@@ -88,12 +81,9 @@ class FailingCodec : public CSerializedMsg {
 
 TEST(EncoderTest, AFailingArrayElementIsTracedAndTheNextStillWritten) {
     qel_test::TraceRecorder traces;
-    auto* bad = new IWbemClassObject;
-    bad->push("Boom", std::string("bad"));
-    auto* other = new IWbemClassObject;
-    other->push("Boom", std::string("other"));
     IWbemClassObject obj;
-    obj.push("L", Objects{bad, other, nullptr, WithInt("G", 1)});
+    obj.push("L", Objects{With("Boom", std::string("bad")), With("Boom", std::string("other")),
+                          nullptr, With("G", 1)});
     FailingCodec codec;
     std::string out;
     codec.IWbem2String(obj, out);
@@ -103,9 +93,7 @@ TEST(EncoderTest, AFailingArrayElementIsTracedAndTheNextStillWritten) {
     EXPECT_TRUE(traces.Contains(std::string(kSignature) + "Invalid parameter key=L"));
     // A single nested object is not guarded: its failure reaches the caller.
     IWbemClassObject single;
-    auto* boom = new IWbemClassObject;
-    boom->push("Boom", std::string("other"));
-    single.push("M", boom);
+    single.push("M", With("Boom", std::string("other")));
     EXPECT_THROW(codec.IWbem2String(single, out), std::runtime_error);
 }
 

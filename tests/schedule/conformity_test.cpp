@@ -1,6 +1,8 @@
 // Conformity trees: blocks, lists, early ends and dropped objects.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "CUpDownSchedule.h"
 #include "framework/live_blocks.h"
 #include "framework/object_json.h"
@@ -25,29 +27,38 @@ const std::string kEntryTree =
     R"({"ProviderName":"P","VendorName":"V","UpdateModuleKind":"K","ModuleInfo":{)"
     R"("UniqueName":"U","ModuleName":"M",)";
 
+typedef void (CUpDownSchedule::*Decoder)(char*, IWbemClassObject&);
+
 class ConformityTest : public ::testing::Test {
   protected:
     CUpDownSchedule codec{"conf"};
-
-    std::string List(const std::string& text) {
-        TextBuffer buffer(text);
-        IWbemClassObject obj;
-        codec.toObject2(buffer.get(), obj);
-        return TreeText(obj);
-    }
 };
 
-TEST_F(ConformityTest, EntriesGiveWholeTreesWithBlocksInAnyOrder) {
+// Lists and inputs give whole trees, blocks in any order.
+TEST_F(ConformityTest, EntriesGiveWholeTrees) {
+    const Decoder list = &CUpDownSchedule::toObject2;
+    const Decoder input = static_cast<Decoder>(&CUpDownSchedule::toObject);
     const std::string attr = R"("AttrInfo":{"HardwareVersion":"H","Priority":2})";
     const std::string link = R"("LinkInfo":{"Recovery":true})";
-    const std::pair<std::string, std::string> cases[] = {
-        {kList + std::string(kEntry) + kAttr + kLink + kFiles,
-         kEntryTree + attr + "," + link +
-             R"(,"FileInfo":[{"Kind":"k","Url":"u","PhysiName":"f","Md5Hash":"h"}]}}]})"},
-        {kList + std::string(kEntry) + kLink + kAttr, kEntryTree + link + "," + attr + "}}]}"},
+    const std::string files =
+        R"("FileInfo":[{"Kind":"k","Url":"u","PhysiName":"f","Md5Hash":"h"}]}}]})";
+    const std::string listTree = R"({"UpdateModuleConformityList":[)" + kEntryTree;
+    const std::string inputText = "string;AppKey;k;string;CheckUpdateModuleConformityInput;;";
+    const std::tuple<Decoder, std::string, std::string> cases[] = {
+        {list, kList + std::string(kEntry) + kAttr + kLink + kFiles,
+         listTree + attr + "," + link + "," + files},
+        {list, kList + std::string(kEntry) + kLink + kAttr, listTree + link + "," + attr + "}}]}"},
+        {input, std::string("string;CheckUpdateModuleConformityInput;;") + kEntry, "{}"},
+        {input, "string;AppKey;k;", R"({"AppKey":"k","CheckUpdateModuleConformityInput":[]})"},
+        {input, inputText + kEntry + kFiles,
+         R"({"AppKey":"k","CheckUpdateModuleConformityInput":[)" + kEntryTree + files},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(List(c.first), R"({"UpdateModuleConformityList":[)" + c.second) << c.first;
+    for (const auto& c : cases) {
+        TextBuffer buffer(std::get<1>(c));
+        IWbemClassObject obj;
+        (codec.*std::get<0>(c))(buffer.get(), obj);
+        EXPECT_EQ(TreeText(obj), std::get<2>(c)) << std::get<1>(c);
+    }
 }
 
 TEST_F(ConformityTest, FileLinkAndDepotBlockRules) {
@@ -83,22 +94,20 @@ TEST_F(ConformityTest, FileLinkAndDepotBlockRules) {
         "[LEAVE] char* CUpDownSchedule::SetUpdateDepoInfo(char*, IWbemClassObject*)"));
 }
 
-TEST_F(ConformityTest, ListAndInputLevelRules) {
+TEST_F(ConformityTest, ListLevelRules) {
     const std::string list = kList;
-    const std::string input = "string;AppKey;k;string;CheckUpdateModuleConformityInput;;";
     const std::string depot =
         "class;DepoInfo;;class[];ShareInfo;;string;ProviderName;A;string;UpperVendorVersion;1;";
     // What the list entry holds afterwards: -1 for no entry at all.
+    const std::string plain = "string;ProviderName;Q;string;VendorName;W;";
+    // clang-format off
     const std::pair<std::string, int> lists[] = {
-        {kEntry, -1},  // no list item
-        {list, 0},
-        {list + kEntry + kAttr + kEntry, 2},
-        {list + kEntry + kAttr + "string;ProviderName;Q;string;VendorName;W;",
-         -1},                                                               // no ModuleInfo
-        {list + kEntry + "string;ProviderName;Q;string;VendorName;W;", 1},  // string items skipped
-        {list + kEntry + std::string(kAttr).substr(0, 40), 1},              // cut inside a block
-        {list + kEntry + depot + kEntry, 1},  // a depot swallows the next entry's ProviderName
-    };
+        {kEntry, -1}, {list, 0}, {list + kEntry + kAttr + kEntry, 2},  // -1: no list item
+        {list + kEntry + kAttr + plain, -1},                          // no ModuleInfo
+        {list + kEntry + plain, 1},                                   // string items skipped
+        {list + kEntry + std::string(kAttr).substr(0, 40), 1},        // cut inside a block
+        {list + kEntry + depot + kEntry, 1}};  // a depot swallows the next entry's ProviderName
+    // clang-format on
     for (const auto& c : lists) {
         TextBuffer buffer(c.first);
         // Dropped and unclosed objects are freed, as are the trees.
@@ -110,19 +119,6 @@ TEST_F(ConformityTest, ListAndInputLevelRules) {
                   }),
                   0)
             << c.first;
-    }
-    const std::pair<std::string, std::string> inputs[] = {
-        {std::string("string;CheckUpdateModuleConformityInput;;") + kEntry, "{}"},
-        {"string;AppKey;k;", R"({"AppKey":"k","CheckUpdateModuleConformityInput":[]})"},
-        {input + kEntry + kFiles,
-         R"({"AppKey":"k","CheckUpdateModuleConformityInput":[)" + kEntryTree +
-             R"("FileInfo":[{"Kind":"k","Url":"u","PhysiName":"f","Md5Hash":"h"}]}}]})"},
-    };
-    for (const auto& c : inputs) {
-        TextBuffer buffer(c.first);
-        IWbemClassObject obj;
-        codec.toObject(buffer.get(), obj);
-        EXPECT_EQ(TreeText(obj), c.second) << c.first;
     }
 }
 

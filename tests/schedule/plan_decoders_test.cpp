@@ -37,11 +37,11 @@ TEST(PlanDecodersTest, PlansRegistrationsAndSections) {
          list + R"({"ProviderName":"P1","UpdatePriority":3,"DisplayName":"D2",)"
                 R"("DependencyName":""},{"ProviderName":"P2","UpdatePriority":3,)"
                 R"("DisplayName":"D2","DependencyName":"N2"}]})"},
-        {plans, "class[];X;0;", list + "]}"},
-        {plans, "class[];X;0;string;Other;1;", list + "]}"},
+        // clang-format off
+        {plans, "class[];X;0;", list + "]}"}, {plans, "class[];X;0;string;Other;1;", list + "]}"},
         {plans, "class[];X;;string;ProviderName;P;", list + R"({"ProviderName":"P"}]})"},
-        {plans, "string;A;x;", "{}"},
-        {plans, "", "{}"},
+        {plans, "string;A;x;", "{}"}, {plans, "", "{}"},
+        // clang-format on
         {regist,
          "string;AppKey;K;class[];UpdateModuleRegistInfo;;string;VendorName;V;"
          "string;UniqueName;U;string;ModuleKind;M;string;VendorVersion;1.0;string;ModulePath;/p;"
@@ -49,8 +49,10 @@ TEST(PlanDecodersTest, PlansRegistrationsAndSections) {
          R"({"AppKey":"K","UpdateModuleRegistInfo":[{"VendorName":"V","UniqueName":"U",)"
          R"("ModuleKind":"M","VendorVersion":"1.0","ModulePath":"/p"},{"VendorName":"W",)"
          R"("UniqueName":"U2","ModuleKind":"","VendorVersion":"","ModulePath":"/q"}]})"},
+        // clang-format off
         {regist, "class[];UpdateModuleRegistInfo;;string;VendorName;V;", "{}"},
         {regist, "string;AppKey;K;string;VendorName;V;", R"({"AppKey":"K"})"},
+        // clang-format on
         // The item before the first section is skipped.
         {sections,
          "string;Before;x;class;S;;bool;A;0;bool;B;false;bool;C;;int;I;7z;"

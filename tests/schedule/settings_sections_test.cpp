@@ -62,27 +62,24 @@ TEST(SettingsSectionsTest, WritersAreByteExactAndReadBack) {
 
 TEST(SettingsSectionsTest, ReadersArePositional) {
     // Expected: flag, repeat type, day, date, time (starting from true, 5, "old"s).
+    // clang-format off
     const std::pair<const char*, const char*> cases[] = {
         {"class;UpdateSchedule;;bool;IsAutoSetting;true;int;RepeatType;2;string;DayOfWeek;a;"
-         "string;Date;b;string;Time;c;",
-         "1 2 a b c"},
+         "string;Date;b;string;Time;c;", "1 2 a b c"},
         {"class;UpdateSchedule;;int;RepeatType;2;string;DayOfWeek;a;string;Date;b;string;Time;c;",
          "0 2 a b c"},  // no flag item
         {"class;UpdateSchedule;;bool;IsAutoSetting;true;int;RepeatType;2;string;Date;b;"
-         "string;DayOfWeek;a;string;Time;c;",
-         "1 2 old b old"},  // out of place: not found
-        {"", "0 5 old old old"},
-        {"class;UpdateSchedule;;bool;IsAutoSetting;1;int;RepeatType;2;", "0 2 old old old"},
+         "string;DayOfWeek;a;string;Time;c;", "1 2 old b old"},  // out of place: not found
+        {"", "0 5 old old old"}, {"class;UpdateSchedule;;bool;IsAutoSetting;1;int;RepeatType;2;",
+         "0 2 old old old"},
         {"class;UpdateSchedule;;bool;IsAutoSetting;true;int;RepeatType;7;string;DayOfWeek;a",
          "1 7  old old"},  // cut inside the matching item
-        {"class;UpdateSchedule;;bool;IsAutoSetting;true;string;DayOfWeek;a;", "1 0 a old old"},
-    };
+        {"class;UpdateSchedule;;bool;IsAutoSetting;true;string;DayOfWeek;a;", "1 0 a old old"}};
+    // clang-format on
     CUpDownSchedule codec("sched");
     for (const auto& c : cases) {
-        CVELMORA_UpdateSchedule s;
-        s.IsAutoSetting = true;
-        s.RepeatType = 5;
-        s.DayOfWeek = s.Date = s.Time = "old";
+        auto s = From<CVELMORA_UpdateSchedule>(
+            R"({"IsAutoSetting":true,"RepeatType":5,"DayOfWeek":"old","Date":"old","Time":"old"})");
         TextBuffer buffer(c.first);
         codec.toObject(buffer.get(), s);
         EXPECT_EQ(std::to_string(s.IsAutoSetting) + " " + std::to_string(s.RepeatType) + " " +
