@@ -120,19 +120,18 @@ TEST(SettingsSectionsTest, TracesUnderTheCodecsName) {
         named.toObject(empty.get(), u);
         named.toObject(empty.get(), s, d);
     }
+    const std::string to = "void CUpDownSchedule::to", setting = "const CVELMORA_DownloadSetting&";
     std::vector<std::string> expected;
     for (std::string signature :
-         {"CUpDownSchedule::CUpDownSchedule(std::string)",
-          "void CUpDownSchedule::toString(const CVelmora_PriorityUpdateParam&, std::string&)",
-          "void CUpDownSchedule::toString(const CVELMORA_UpdateSchedule&, std::string&)",
-          "void CUpDownSchedule::toString(const CVELMORA_DownloadSetting&, std::string&)",
-          "void CUpDownSchedule::toString(const CVELMORA_DownloadSetting&, const "
-          "CVELMORA_DownloadSchedule&, std::string&)",
-          "void CUpDownSchedule::toObject(char*, CVelmora_PriorityUpdateParam&)",
-          "void CUpDownSchedule::toObject(char*, CVELMORA_UpdateSchedule&)",
-          "void CUpDownSchedule::toObject(char*, CVELMORA_DownloadSchedule&, "
-          "CVELMORA_DownloadSetting&)",
-          "virtual CUpDownSchedule::~CUpDownSchedule()"}) {
+         {std::string("CUpDownSchedule::CUpDownSchedule(std::string)"),
+          to + "String(const CVelmora_PriorityUpdateParam&, std::string&)",
+          to + "String(const CVELMORA_UpdateSchedule&, std::string&)",
+          to + "String(" + setting + ", std::string&)",
+          to + "String(" + setting + ", const CVELMORA_DownloadSchedule&, std::string&)",
+          to + "Object(char*, CVelmora_PriorityUpdateParam&)",
+          to + "Object(char*, CVELMORA_UpdateSchedule&)",
+          to + "Object(char*, CVELMORA_DownloadSchedule&, CVELMORA_DownloadSetting&)",
+          std::string("virtual CUpDownSchedule::~CUpDownSchedule()")}) {
         expected.push_back("caller [ENTER] " + signature);
         expected.push_back("caller [LEAVE] " + signature);
     }
