@@ -11,9 +11,13 @@ namespace {
 const char kMof[] = "/opt/velmora/qel/etc/qelvelmora.mof";
 const char kInventory[] = "/opt/velmora/qel/etc/devices.tmp";
 
-TEST(ServiceDiscoveryTest, ServicesByKindAndFlags) {
+class ServiceDiscoveryTest : public ::testing::Test {
+  protected:
     qel_test::TempSysroot root;
-    CSomIf som("disc");
+    CSomIf som{"disc"};
+};
+
+TEST_F(ServiceDiscoveryTest, ServicesByKindAndFlags) {
     strpairvect_t services{{"earlier", "X"}};
     EXPECT_EQ(som.GetDeviceService(services), 0);  // no MOF file: nothing added
     EXPECT_EQ(services.size(), 1u);
@@ -31,20 +35,17 @@ TEST(ServiceDiscoveryTest, ServicesByKindAndFlags) {
     EXPECT_TRUE(traces.Contains("[LEAVE] HRESULT CSomIf::GetDeviceService(strpairvect_t&), rc=3"));
 }
 
-TEST(ServiceDiscoveryTest, DeviceAliveAgainstTheInventory) {
-    qel_test::TempSysroot root;
-    CSomIf som("disc");
+TEST_F(ServiceDiscoveryTest, DeviceAliveAgainstTheInventory) {
     root.WriteFile("/opt/velmora/qel/provider/nic.ini",
                    "; NIC\n[8086-10D3]\n[14E4-1657]\nDriver=tg3\n");
     CMofContents provider;
     provider.ClassName = "VELMORA_NicProvider";
     provider.ProviderFile = "nic.ini";
+    // 17 characters are compared, 16 never.
     const std::pair<const char*, bool> cases[] = {
         {"PCIROOT-8086-10d3-0000\n", true},  {"pciroot-14e4-1657-01 Bmc\n", true},
-        {"ABCDEFGH8086-10D3\n", true},  // 17 characters
-        {"ABCDEFG8086-10D3\n", false},  // 16 characters: never compared
-        {"PCIROOT-8086-10FB-0000\n", false}, {"", false},
-    };
+        {"ABCDEFGH8086-10D3\n", true},       {"ABCDEFG8086-10D3\n", false},
+        {"PCIROOT-8086-10FB-0000\n", false}, {"", false}};
     for (const auto& c : cases) {
         root.WriteFile(kInventory, c.first);
         EXPECT_EQ(som.isDeviceAlive(provider), c.second) << c.first;

@@ -18,43 +18,42 @@ std::string Lists(const std::string& owner) {
            "CVelmora_ManageRepositoryInfo[];ModuleInfo[0]/RepositoryInfo;;";
 }
 
+template <class Info>
+std::string Text(const nlohmann::json& json) {
+    std::string text;
+    CProviderManageInfo("w").toString(json.get<Info>(), text);
+    return text;
+}
+
 TEST(RecordsToTextTest, ProvidersAreWrittenByteExact) {
-    const auto devices =
-        nlohmann::json::parse(
-            R"({"ProviderName":"P","ProviderVendorName":"V","ProviderVersion":"1.0","DeviceInfo":[{)"
-            R"("VendorName":"N","UniqueName":"U0","DeviceId":"8086:10fb","DeviceName":"D",)"
-            R"("DeviceVendorName":"DV","HardwareVersion":"01","ExtendedInfo":["a","b"],)"
-            R"("LinkAppInfo":[{"ApplicationName":"App","ExecutePath":"/x","DescriptionFilePath":"/y"}],)"
-            R"("ModuleInfo":[{"ModuleKind":"FW","ModuleName":"never written","UpdatePriority":1,)"
-            R"("UpdateStatus":-2,"UpdateProgress":50}]}]})")
-            .get<CVelmora_DevProviderManageInfo>();
-    // Two tools with the same lists: every list's indices restart at 0.
-    CVelmora_ToolProviderManageInfo tools;
-    tools.ProviderName = "T";
-    tools.ProviderVendorName = "W";
-    tools.ProviderVersion = "2";
-    tools.ToolInfo.resize(2);
-    for (CVelmora_ToolInfo& tool : tools.ToolInfo) {
-        tool.VendorName = "TV";
-        tool.LinkAppInfo = devices.DeviceInfo[0].LinkAppInfo;
-        tool.ModuleInfo = devices.DeviceInfo[0].ModuleInfo;
-    }
-    tools.ToolInfo[1].UniqueName = "t;1";
-    tools.ToolInfo[1].ExtendedInfo = {"mode=service"};
-    CProviderManageInfo codec("w");
-    std::string empty, dev, tool;
-    codec.toString(CVelmora_DevProviderManageInfo(), empty);
-    codec.toString(devices, dev);
-    codec.toString(tools, tool);
-    EXPECT_EQ(empty, "string;ProviderName;;string;ProviderVendorName;;string;ProviderVersion;;");
-    EXPECT_EQ(dev,
+    const nlohmann::json lists = nlohmann::json::parse(
+        R"({"LinkAppInfo":[{"ApplicationName":"App","ExecutePath":"/x","DescriptionFilePath":"/y"}],)"
+        R"("ModuleInfo":[{"ModuleKind":"FW","ModuleName":"never written","UpdatePriority":1,)"
+        R"("UpdateStatus":-2,"UpdateProgress":50}]})");
+    nlohmann::json device = lists, tool = lists;
+    device.update(nlohmann::json::parse(
+        R"({"VendorName":"N","UniqueName":"U0","DeviceId":"8086:10fb","DeviceName":"D",)"
+        R"("DeviceVendorName":"DV","HardwareVersion":"01","ExtendedInfo":["a","b"]})"));
+    tool["VendorName"] = "TV";
+    nlohmann::json tools = {{"ProviderName", "T"},
+                            {"ProviderVendorName", "W"},
+                            {"ProviderVersion", "2"},
+                            {"ToolInfo", {tool, tool}}};
+    tools["ToolInfo"][1].update({{"UniqueName", "t;1"}, {"ExtendedInfo", {"mode=service"}}});
+    EXPECT_EQ(Text<CVelmora_DevProviderManageInfo>(nlohmann::json::object()),
+              "string;ProviderName;;string;ProviderVendorName;;string;ProviderVersion;;");
+    EXPECT_EQ(Text<CVelmora_DevProviderManageInfo>({{"ProviderName", "P"},
+                                                    {"ProviderVendorName", "V"},
+                                                    {"ProviderVersion", "1.0"},
+                                                    {"DeviceInfo", {device}}}),
               "string;ProviderName;P;string;ProviderVendorName;V;string;ProviderVersion;1.0;"
               "string;DeviceInfo[0]/VendorName;N;string;DeviceInfo[0]/UniqueName;U0;"
               "string;DeviceInfo[0]/DeviceId;8086:10fb;string;DeviceInfo[0]/DeviceName;D;"
               "string;DeviceInfo[0]/DeviceVendorName;DV;string;DeviceInfo[0]/HardwareVersion;01;"
               "string[];DeviceInfo[0]/ExtendedInfo;a!#b;" +
                   Lists("DeviceInfo[0]"));
-    EXPECT_EQ(tool,
+    // Every list's indices restart at 0 for the second tool.
+    EXPECT_EQ(Text<CVelmora_ToolProviderManageInfo>(tools),
               "string;ProviderName;T;string;ProviderVendorName;W;string;ProviderVersion;2;"
               "string;ToolInfo[0]/VendorName;TV;string;ToolInfo[0]/UniqueName;;"
               "string[];ToolInfo[0]/ExtendedInfo;;" +
@@ -65,16 +64,14 @@ TEST(RecordsToTextTest, ProvidersAreWrittenByteExact) {
 }
 
 TEST(RecordsToTextTest, RepositoryAndDependencyItems) {
-    CVelmora_ManageRepositoryInfo entry;
-    entry.ApplyKind = "Online";
-    entry.DisplayName = "x;y";
-    entry.Priority = -4;
-    entry.Recovery = true;
-    entry.ModuleFileName = {"m.bin"};
-    entry.DependencyInfoOther = {qel_test::SampleDependency("d")};
-    CProviderManageInfo codec("w");
+    nlohmann::json entry = {{"ApplyKind", "Online"},
+                            {"DisplayName", "x;y"},
+                            {"Priority", -4},
+                            {"Recovery", true},
+                            {"ModuleFileName", {"m.bin"}}};
+    entry["DependencyInfoOther"] = {qel_test::SampleDependency("d")};
     std::string text = "keep;";
-    codec.getRepositoryInfo(entry, 3, text);
+    CProviderManageInfo("w").getRepositoryInfo(entry.get<CVelmora_ManageRepositoryInfo>(), 3, text);
     EXPECT_EQ(text,
               "keep;string;RepositoryInfo[3]/ApplyKind;Online;string;RepositoryInfo[3]/"
               "HardwareVersion;;string;RepositoryInfo[3]/DisplayName;x%!@y;string;RepositoryInfo[3]"

@@ -22,11 +22,10 @@ std::string Plain(const Info& info) {
 // unless a trace recorder keeps blocks).
 std::string Tree(const std::string& text, bool countBlocks = true) {
     qel_test::TextBuffer buffer(text);
-    CProviderManageInfo codec("tree");
     std::string tree;
     auto read = [&] {
         IWbemClassObject out;
-        codec.toObject(buffer.get(), out);
+        CProviderManageInfo("tree").toObject(buffer.get(), out);
         tree = qel_test::TreeText(out);
     };
     EXPECT_EQ(countBlocks ? qel_test::BlocksLeftBy(read) : (read(), 0L), 0);
@@ -66,7 +65,7 @@ TEST(TextToObjectsTest, RealisticRepliesGiveTheWholeTree) {
     stray.VendorName = "Velmora";
     stray.UniqueName = modules[1].RepositoryInfo[0].DependencyInfoSelf[0].UniqueName;
     stray.HardwareVersion = modules[1].RepositoryInfo[0].HardwareVersion;
-    modules.resize(1);
+    modules.resize(1);  // before the push, which moves `modules`
     devices.DeviceInfo.push_back(stray);
     EXPECT_EQ(got, nlohmann::json(devices));
 }
@@ -83,14 +82,13 @@ TEST(TextToObjectsTest, ProviderHeaderDecidesTheKind) {
          R"("ProviderVersion":"","ToolInfo":[]}})"},
     };
     for (const auto& c : cases) {
-        const std::string tree = Tree(c.first);
-        EXPECT_EQ(tree, c.second) << c.first;
+        EXPECT_EQ(Tree(c.first), c.second) << c.first;
         qel_test::TraceRecorder traces;
         Tree(c.first, /*countBlocks=*/false);
         // Without a provider header the reader returns early, with no exit trace.
         EXPECT_EQ(
             traces.Contains("[LEAVE] void CProviderManageInfo::toObject(char*, IWbemClassObject&)"),
-            tree != "{}");
+            std::string(c.second) != "{}");
     }
 }
 

@@ -9,6 +9,7 @@
 
 namespace {
 
+using nlohmann::json;
 using qel_test::TextBuffer;
 
 template <class Info>
@@ -27,47 +28,38 @@ Info Read(const std::string& text, Info info = {}) {
 
 TEST(TextToRecordsTest, RealisticRepliesReadBackWhole) {
     const CVelmora_DevProviderManageInfo devices = qel_test::SampleDevProvider();
-    EXPECT_EQ(nlohmann::json(Read(Plain(devices))), nlohmann::json(devices));
+    EXPECT_EQ(json(Read(Plain(devices))), json(devices));
     // Empty lists that end the reply read back empty, at every depth.
     CVelmora_ToolProviderManageInfo tools = qel_test::SampleToolProvider();
     for (std::size_t count : {2u, 1u, 0u}) {
         tools.ToolInfo.resize(count);
-        EXPECT_EQ(nlohmann::json(Read(Plain(tools), CVelmora_ToolProviderManageInfo())),
-                  nlohmann::json(tools));
-        if (count == 2) {
-            CVelmora_ManageRepositoryInfo& last = tools.ToolInfo[0].ModuleInfo[0].RepositoryInfo[0];
-            last.DependencyInfoSelf.clear();
-            last.DependencyInfoOther.clear();
-        }
+        EXPECT_EQ(json(Read(Plain(tools), CVelmora_ToolProviderManageInfo())), json(tools));
+        if (count == 2)
+            tools.ToolInfo[0].ModuleInfo[0].RepositoryInfo[0] = {};
     }
 }
 
-const char kProvider[] =
-    "string;ProviderName;P;string;ProviderVendorName;V;string;ProviderVersion;1;";
-const char kDevice[] =
-    "string;VendorName;N;string;UniqueName;U;string;DeviceId;PCIROOT-8086-10FB;"
-    "string;HardwareVersion;01;string[];ExtendedInfo;a!#b;";
-
 TEST(TextToRecordsTest, ListsEndWhereTheNextFirstFieldIsMissing) {
-    const std::string noVendor = std::string(kDevice).substr(20);
+    const std::string provider =
+        "string;ProviderName;P;string;ProviderVendorName;V;string;ProviderVersion;1;";
+    const std::string device =
+        "string;VendorName;N;string;UniqueName;U;string;DeviceId;PCIROOT-8086-10FB;"
+        "string;HardwareVersion;01;string[];ExtendedInfo;a!#b;";
     std::string pathNamed;  // what toString writes carries paths: no device reads
     CProviderManageInfo("w").toString(qel_test::SampleDevProvider(), pathNamed);
     const std::pair<std::string, std::size_t> cases[] = {
-        {std::string(kProvider) + kDevice + kDevice, 2},
-        {std::string("class;DevProviderManageInfo;;") + kProvider + "class;DeviceInfo;;" + kDevice +
-             "class;DeviceInfo;;" + kDevice,
+        {provider + device + device, 2},
+        {"class;DevProviderManageInfo;;" + provider + "class;DeviceInfo;;" + device +
+             "class;DeviceInfo;;" + device,
          2},  // headers are optional
-        {std::string(kProvider) + kDevice + noVendor + kDevice, 1},
-        {std::string(kProvider) + kDevice + std::string(kDevice).substr(0, 30), 2},  // cut: kept
+        {provider + device + device.substr(20) + device, 1},
+        {provider + device + device.substr(0, 30), 2},  // cut: kept
         {pathNamed, 0},
-        {"", 0},
-    };
+        {"", 0}};
     for (const auto& c : cases) {
         const CVelmora_DevProviderManageInfo info = Read(c.first);
         EXPECT_EQ(info.DeviceInfo.size(), c.second) << c.first;
-        if (c.second == 2) {
-            EXPECT_EQ(info.DeviceInfo[0].ExtendedInfo.size(), 2u);
-        }
+        EXPECT_EQ(info.DeviceInfo.empty() ? 2u : info.DeviceInfo[0].ExtendedInfo.size(), 2u);
     }
     EXPECT_EQ(Read(pathNamed).ProviderName, "VelmoraNicProvider");
     // Appending, and an empty text that leaves the provider's fields alone.
@@ -87,12 +79,10 @@ TEST(TextToRecordsTest, FieldRules) {
         "string;VendorVersion;3;string;ModulePath;/p;int;Priority;4;bool;Recovery;true;");
     CVelmora_ManageModuleInfo module;
     codec.setRepositoryInfo(swapped.get(), module);
-    CVelmora_ManageRepositoryInfo want;
-    want.ApplyKind = "Online";
-    want.HardwareVersion = "A1";
-    want.DisplayName = "D";
-    EXPECT_EQ(nlohmann::json(module.RepositoryInfo),
-              nlohmann::json(std::vector<CVelmora_ManageRepositoryInfo>{want}));
+    EXPECT_EQ(
+        json(module.RepositoryInfo),
+        json(json::parse(R"([{"ApplyKind":"Online","HardwareVersion":"A1","DisplayName":"D"}])")
+                 .get<std::vector<CVelmora_ManageRepositoryInfo>>()));
     TextBuffer ints("string;ModuleKind;FW;string;ModuleName;M;int;Other;5;int;UpdateStatus;1;");
     CVelmora_DeviceInfo device;
     codec.setModuleInfo(ints.get(), device);
@@ -120,15 +110,13 @@ TEST(TextToRecordsTest, OnlyTheDeviceLinkAppReaderTracesElements) {
     traces.Clear();
     codec.setLinkAppInfo(text.get(), device);
     EXPECT_EQ(device.LinkAppInfo.size(), 2u);
-    EXPECT_EQ(traces.Texts(),
-              (std::vector<std::string>{"[enter] setLinkAppInfo", "[leave] setLinkAppInfo",
-                                        "[enter] setLinkAppInfo", "[leave] setLinkAppInfo",
-                                        "[enter] setLinkAppInfo"}));
+    const std::string enter = "[enter] setLinkAppInfo", leave = "[leave] setLinkAppInfo";
+    EXPECT_EQ(traces.Texts(), (std::vector<std::string>{enter, leave, enter, leave, enter}));
     EXPECT_EQ(traces.Lines()[0].level, 32);
     traces.Clear();
     CVelmora_ToolInfo tool;
     codec.setLinkAppInfo(text.get(), tool);
-    EXPECT_EQ(nlohmann::json(tool.LinkAppInfo), nlohmann::json(device.LinkAppInfo));
+    EXPECT_EQ(json(tool.LinkAppInfo), json(device.LinkAppInfo));
     EXPECT_TRUE(traces.Lines().empty());
 }
 

@@ -39,21 +39,20 @@ TEST(ListReadersTest, PlansReadEveryFieldAndSkipMissingOnesInPlace) {
         "string;GroupName;ui;string;FileName;ui.so;string;FileVersion;2.1;");
     std::vector<CVELMORA_QelVersionInfo> list;
     codec.toObject(versions.get(), list);
-    EXPECT_EQ(nlohmann::json(list),
-              nlohmann::json::parse(R"([{"GroupName":"core","FileName":"",)"
-                                    R"("FileVersion":"2.0"},{"GroupName":)"
-                                    R"("ui","FileName":"ui.so","FileVersion":"2.1"}])"));
+    EXPECT_EQ(nlohmann::json(list).dump(),
+              R"([{"FileName":"","FileVersion":"2.0","GroupName":"core"},)"
+              R"({"FileName":"ui.so","FileVersion":"2.1","GroupName":"ui"}])");
 }
 
 TEST(ListReadersTest, ListBoundaries) {
+    // No header; a renamed first field ends the list; a cut record still counts.
     const std::pair<std::string, std::size_t> cases[] = {
         {"string;VersionUpdateLogList;;", 0},
-        {kLog + kLog, 2},                              // no header
-        {kLog + "string;ProviderNameX;n;" + kLog, 1},  // first field renamed ends it
-        {kLog + kLog.substr(0, 60), 2},                // a cut record still counts
+        {kLog + kLog, 2},
+        {kLog + "string;ProviderNameX;n;" + kLog, 1},
+        {kLog + kLog.substr(0, 60), 2},
         {"", 0},
-        {"garbage", 0},
-    };
+        {"garbage", 0}};
     CVersionUpLog codec("lists");
     for (const auto& c : cases) {
         TextBuffer body(c.first);
