@@ -10,15 +10,12 @@ namespace {
 
 const char kSignature[] = "virtual void CSerializedMsg::String2IWbem(char*, IWbemClassObject&) ";
 
-std::string Decode(const std::string& body, IWbemClassObject& obj) {
+std::string Decode(const std::string& body, IWbemClassObject* into = nullptr) {
+    IWbemClassObject local;
+    IWbemClassObject& obj = into ? *into : local;
     qel_test::TextBuffer text(body);
     CSerializedMsg("dec").String2IWbem(text.get(), obj);
     return qel_test::TreeText(obj);
-}
-
-std::string Decode(const std::string& body) {
-    IWbemClassObject obj;
-    return Decode(body, obj);
 }
 
 TEST(DecoderTest, EveryTagNestingAndTruncation) {
@@ -42,7 +39,7 @@ TEST(DecoderTest, EveryTagNestingAndTruncation) {
     EXPECT_EQ(traces.Lines()[0].source, "som");
     IWbemClassObject obj;
     obj.push("I", 9);
-    EXPECT_EQ(Decode("int;I;1;", obj), R"({"I":1})");
+    EXPECT_EQ(Decode("int;I;1;", &obj), R"({"I":1})");
     EXPECT_EQ(obj.size(), 2u);  // appended; the later entry stands on top
     CSerializedMsg("dec").String2IWbem(nullptr, obj);
     EXPECT_TRUE(traces.Contains(std::string(kSignature) + "parameter is NULL"));
@@ -50,7 +47,7 @@ TEST(DecoderTest, EveryTagNestingAndTruncation) {
     const std::string full = "string;A;x;class;N;;int;I;3;string;B;yy;";
     for (std::size_t cut = 0; cut <= full.size(); ++cut) {
         IWbemClassObject cutObj;
-        Decode(full.substr(0, cut), cutObj);
+        Decode(full.substr(0, cut), &cutObj);
         EXPECT_EQ(cutObj.size(), (cut >= 11 ? 1u : 0u) + (cut >= 20 ? 1u : 0u)) << cut;
     }
 }
