@@ -53,7 +53,7 @@ TEST(IWbemClassObjectTest, WritersAppendExactItemBytes) {
     EXPECT_EQ(target.Get("Z"), nullptr);
 }
 
-TEST(IWbemClassObjectTest, TreesFreeEverythingTheyHold) {
+TEST(IWbemClassObjectTest, TreesAndReturnValuesFreeEverythingTheyHold) {
     Counted::live = 0;
     const long blocks = qel_test::LiveBlocks();
     {
@@ -77,14 +77,6 @@ TEST(IWbemClassObjectTest, TreesFreeEverythingTheyHold) {
         EXPECT_EQ(Counted::live, 9);
     }
     EXPECT_EQ(Counted::live, 0);
-    (new Counted)->Release();  // nobody holds it: deleted
-    EXPECT_EQ(Counted::live, 0);
-    EXPECT_EQ(qel_test::LiveBlocks(), blocks);
-}
-
-TEST(CIWbemUtilTest, ReturnValueAndClassArrays) {
-    Counted::live = 0;
-    const long blocks = qel_test::LiveBlocks();
     {
         IWbemClassObject obj;
         EXPECT_EQ(CIWbemUtil::setReturnValueToIWbemClassObject(&obj, 5), 0);
@@ -100,6 +92,8 @@ TEST(CIWbemUtilTest, ReturnValueAndClassArrays) {
                   0x80041008L);
         EXPECT_EQ(Counted::live, 2);  // an orphan list is freed at once; obj holds its own
     }
+    EXPECT_EQ(Counted::live, 0);
+    (new Counted)->Release();  // nobody holds it: deleted
     EXPECT_EQ(Counted::live, 0);
     EXPECT_EQ(qel_test::LiveBlocks(), blocks);
 }

@@ -1,4 +1,4 @@
-// The trace facility: sink, file lines, level mask and mode, switching off, threads.
+// The trace facility: file lines, level mask and mode, switching off, threads.
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -12,18 +12,18 @@
 #include "CTraceUtility.h"
 #include "support/temp_sysroot.h"
 #include "support/test_data.h"
-#include "support/trace_recorder.h"
 
 namespace {
 
 const int kLevels[] = {1, 2, 4, 32};
 
 // Points QEL_TRACE at a file (null: tracing off) and restores the quiet default.
-class TraceFile {
-  public:
-    TraceFile(const char* levels, unsigned mode = 0xFFFFFFFFu)
-        : path_(root_.root() + "/trace.log") {
-        setenv("QEL_TRACE", path_.c_str(), 1);
+struct TraceFile {
+    qel_test::TempSysroot root;
+    const std::string path = root.root() + "/trace.log";
+
+    explicit TraceFile(const char* levels, unsigned mode = 0xFFFFFFFFu) {
+        setenv("QEL_TRACE", path.c_str(), 1);
         if (levels != nullptr)
             setenv("QEL_TRACE_LEVEL", levels, 1);
         CTraceUtility::Initialize("test", mode);
@@ -34,12 +34,7 @@ class TraceFile {
         unsetenv("QEL_TRACE_LEVEL");
         CTraceUtility::Initialize("test", 0xFFFFFFFFu);
     }
-    std::string Text() const { return qel_test::ReadFile(path_); }
-    const std::string& path() const { return path_; }
-
-  private:
-    qel_test::TempSysroot root_;
-    std::string path_;
+    std::string Text() const { return qel_test::ReadFile(path); }
 };
 
 // A whole file line: "<date> <time> [pid:tid] <source> L<level> <text>".
@@ -74,7 +69,7 @@ TEST(TraceUtilityTest, FileGetsWholeLinesOfTheLevelsThatMaskAndModeLetThrough) {
         }
         EXPECT_TRUE(std::regex_match(file.Text(), std::regex(expected))) << file.Text();
         struct stat info;
-        ASSERT_EQ(stat(file.path().c_str(), &info), 0);
+        ASSERT_EQ(stat(file.path.c_str(), &info), 0);
         EXPECT_EQ(info.st_mode & 0777, 0600u);
     }
     // Switched off: the file is closed, nothing is enabled and nothing written.
