@@ -79,7 +79,19 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
         return [&, call] {
             IWbemClassObject* out = nullptr;
             HRESULT rc = (som.*call)("C", &in, &out);
-            delete out;
+            EXPECT_EQ(out, nullptr);  // left as it was
+            return rc;
+        };
+    };
+    // A relayed method keeps of the reply only the result, as ReturnValue.
+    auto relay = [&](Wbem call) {
+        return [&, call] {
+            IWbemClassObject mine;
+            mine.push("ReturnValue", 1L);
+            IWbemClassObject* out = &mine;
+            HRESULT rc = (som.*call)("C", &in, &out);
+            EXPECT_EQ(mine.size(), 1u);
+            EXPECT_EQ(*mine.GetAs<long>("ReturnValue"), static_cast<int>(kServiceError));
             return rc;
         };
     };
@@ -215,10 +227,10 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
     for (const auto& r : relayed) {
         operations.push_back({std::string("HRESULT CSomIf::") + std::get<0>(r) + relayArgs,
                               std::get<3>(r) ? " C" : "", signed32, kError,
-                              Request("C", std::get<1>(r), inText), wbem(std::get<2>(r))});
+                              Request("C", std::get<1>(r), inText), relay(std::get<2>(r))});
     }
     for (const Operation& op : operations) {
-        service.Push(Action::Answer("", kServiceError));
+        service.Push(Action::Answer("long;ReturnValue;4;string;Extra;x;", kServiceError));
         qel_test::TraceRecorder traces;
         EXPECT_EQ(op.call(), op.result) << op.signature;
         EXPECT_EQ(service.LastRequest().bytes, op.request) << op.signature;
