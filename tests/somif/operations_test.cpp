@@ -274,8 +274,13 @@ TEST_F(OperationsTest, ReadersDecodeOnlyWhenNotNegative) {
         "string;ModuleKind;FW;int;UpdatePriority;2;string;CurrentVendorVersion;1;"
         "string;NextVendorVersion;2;string;DisplayName;N;int;UpdateJudgment;0;"
         "string;DependencyName;;";
-    for (uint32_t result : {0u, kServiceError}) {
-        const bool decoded = result == 0;
+    for (uint32_t result : {0u, 3u, kServiceError}) {
+        const bool decoded = result != kServiceError;
+        std::vector<std::string> lines(result == 0 ? 0 : 1, "old");  // log lines: zero result only
+        service.Push(Action::Answer("string[];Lines;first!#second;string[];More;third;", result));
+        EXPECT_EQ(som.CollectDownloadLog("app", lines), result == 0 ? 0 : HRESULT(result));
+        EXPECT_EQ(lines.size(), result == 0 ? 3u : 1u);
+        EXPECT_EQ(lines.front() + lines.back(), result == 0 ? "firstthird" : "oldold");
         CVELMORA_DownloadSetting setting;
         CVELMORA_DownloadSchedule schedule;
         service.Push(Action::Answer(download, result));
@@ -333,16 +338,6 @@ TEST_F(OperationsTest, ReadersDecodeOnlyWhenNotNegative) {
     som.GetAutoUpdateSetting(update);
     EXPECT_FALSE(update.IsAutoSetting);
     EXPECT_EQ(update.DayOfWeek, "kept");
-}
-
-TEST_F(OperationsTest, LogLinesOnlyForAZeroResult) {
-    std::vector<std::string> lines;
-    service.Push(Action::Answer("string[];Lines;first!#second;string[];More;third;"));
-    EXPECT_EQ(som.CollectDownloadLog("app", lines), 0);
-    EXPECT_EQ(lines, (std::vector<std::string>{"first", "second", "third"}));
-    service.Push(Action::Answer("string[];Lines;x;", 0x00000003u));
-    EXPECT_EQ(som.CollectResultLog("app", lines), 3);
-    EXPECT_EQ(lines.size(), 3u);  // untouched on a non-zero result
 }
 
 TEST_F(OperationsTest, ProcessStatusFile) {
