@@ -41,9 +41,7 @@ bool ReadRequest(int fd, Request& request) {
     request.className = names.substr(0, names.find('/'));
     request.method = names.substr(std::min(names.size(), request.className.size() + 1));
     const long bodyLength = std::strtol(bytes.c_str() + headerLength - 8, nullptr, 10);
-    const bool whole = ReadExactly(fd, bytes, static_cast<std::size_t>(std::max(0L, bodyLength)));
-    request.body = bytes.substr(static_cast<std::size_t>(headerLength));
-    return whole;
+    return ReadExactly(fd, bytes, static_cast<std::size_t>(std::max(0L, bodyLength)));
 }
 
 }  // namespace
@@ -92,7 +90,13 @@ void FakeSomService::Stop() {
 }
 
 void FakeSomService::WaitForIdle() const {
-    for (int i = 0; i < 1000 && open_.load() != 0; ++i)
+    // A connection still waiting to be accepted is counted as well; it is looked
+    // for first, as the service counts a connection before accepting it.
+    auto pending = [this] {
+        struct pollfd p = {listenFd_, POLLIN, 0};
+        return listenFd_ >= 0 && poll(&p, 1, 0) > 0;
+    };
+    for (int i = 0; i < 1000 && (pending() || open_.load() != 0); ++i)
         usleep(10000);
 }
 
@@ -113,33 +117,29 @@ void FakeSomService::Serve() {
             continue;
         if (fds[1].revents != 0)
             return;
-        int fd = accept4(listenFd_, nullptr, nullptr, SOCK_CLOEXEC);
-        if (fd < 0)
-            continue;
         ++open_;
-        Handle(fd);
-        close(fd);
+        int fd = accept4(listenFd_, nullptr, nullptr, SOCK_CLOEXEC);
+        if (fd >= 0) {
+            Handle(fd);
+            close(fd);
+        }
         --open_;
     }
 }
 
 void FakeSomService::Handle(int fd) {
-    Action action;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (!script_.empty()) {
-            action = script_.front();
-            script_.pop_front();
-        }
-    }
+    std::unique_lock<std::mutex> lock(mutex_);
+    Action action = script_.empty() ? Action() : script_.front();
+    if (!script_.empty())
+        script_.pop_front();
+    lock.unlock();
     if (action.kind == Action::kCloseBeforeRequest)
         return;
     Request request;
     const bool whole = ReadRequest(fd, request);
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        requests_.push_back(request);
-    }
+    lock.lock();
+    requests_.push_back(request);
+    lock.unlock();
     if (!whole)
         return;
     if (action.kind == Action::kNeverAnswer) {

@@ -26,7 +26,7 @@ namespace qel_test {
 
 struct Request {
     std::string bytes;  // the whole request as received
-    std::string className, method, body;
+    std::string className, method;
 };
 
 struct Action {
