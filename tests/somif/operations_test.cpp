@@ -18,6 +18,11 @@ using qel_test::FakeSomService;
 const uint32_t kServiceError = 0x80001234u;  // negative, not of the transport family
 const HRESULT kError = kServiceError;
 
+const std::string kLines =  // the log readers' output, as traces name it
+    "std::vector<std::basic_string<char, std::char_traits<char>, std::allocator<char> >, "
+    "std::allocator<std::basic_string<char, std::char_traits<char>, std::allocator<char> > > "
+    ">&";
+
 class OperationsTest : public ::testing::Test {
   protected:
     qel_test::TempSysroot root;
@@ -42,10 +47,6 @@ struct Operation {
 
 TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
     const std::string signed32 = "-2147478988", widened = "18446744071562072628";
-    const std::string lines =
-        "std::vector<std::basic_string<char, std::char_traits<char>, std::allocator<char> >, "
-        "std::allocator<std::basic_string<char, std::char_traits<char>, std::allocator<char> > > "
-        ">&";
     const std::string relayArgs = "(std::string, IWbemClassObject*, IWbemClassObject**)";
     const std::string um = "VELMORA_UpdateManager", wd = "VELMORA_ToolServiceWD",
                       logs = "VELMORA_LogManager";
@@ -154,15 +155,15 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
          "std::allocator<CVELMORA_VersionUpdateLog> >&)",
          "", signed32, kError, Request(logs, "CollectVersionUpLog"),
          [&] { return som.CollectVersionUpLog(updateLogs); }},
-        {"HRESULT CSomIf::CollectDownloadLog(std::string, " + lines + ")", " app", "2147488308",
+        {"HRESULT CSomIf::CollectDownloadLog(std::string, " + kLines + ")", " app", "2147488308",
          kError,
          "00000069cafefeedVELMORA_LogManager/CollectDownloadLog0000000000000018string;AppKey;app;",
          [&] { return som.CollectDownloadLog("app", text); }},
-        {"HRESULT CSomIf::CollectResultLog(std::string, " + lines + ")", "", "2147488308", kError,
+        {"HRESULT CSomIf::CollectResultLog(std::string, " + kLines + ")", "", "2147488308", kError,
          Request(logs, "CollectResultLog", "string;AppKey;app;"),
          [&] { return som.CollectResultLog("app", text); }},
-        {"HRESULT CSomIf::getManagerLog(const char*, const char*, " + lines + ")", "", "2147488308",
-         kError, Request(logs, "CollectResultLog"),
+        {"HRESULT CSomIf::getManagerLog(const char*, const char*, " + kLines + ")", "",
+         "2147488308", kError, Request(logs, "CollectResultLog"),
          [&] { return som.getManagerLog("CollectResultLog", nullptr, text); }},
         {"HRESULT CSomIf::AliveMonitorUpdateParameters()", "", widened, kError,
          "00000081cafefeedVELMORA_ToolServiceWD/AliveMonitorUpdateParameter0000000000000000",
@@ -259,11 +260,8 @@ TEST_F(OperationsTest, ExchangeFailuresAndReturnValues) {
                         "CVELMORA_UpdateSchedule&), rc=18446744071562596353"));
     EXPECT_EQ(som.getManagerLog("CollectResultLog", "", lines), -1);
     EXPECT_EQ(som.CollectDownloadLog("app", lines), 0xFFFFFFFFL);
-    EXPECT_TRUE(traces.Contains(
-        "[LEAVE] HRESULT CSomIf::getManagerLog(const char*, const char*, "
-        "std::vector<std::basic_string<char, std::char_traits<char>, std::allocator<char> >, "
-        "std::allocator<std::basic_string<char, std::char_traits<char>, std::allocator<char> > > "
-        ">&), rc=18446744073709551615"));
+    EXPECT_TRUE(traces.Contains("[LEAVE] HRESULT CSomIf::getManagerLog(const char*, const char*, " +
+                                kLines + "), rc=18446744073709551615"));
 }
 TEST_F(OperationsTest, ReadersDecodeOnlyWhenNotNegative) {
     const std::string download =
