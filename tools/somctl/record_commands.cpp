@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -85,12 +86,20 @@ int RecordCommand(Output& output, const std::vector<std::string>& args, const st
     if (fd < 0)
         return output.Usage(args[1] + ": " + std::strerror(errno));
     close(fd);
-    std::vector<std::string> argv{"somctl", "--app-key", appKey};
-    if (output.json())
+    // This run's options go first unless the command gives them itself: an
+    // option given twice is refused.
+    const std::vector<std::string> command(args.begin() + 3, args.end());
+    const auto gives = [&command](const char* option) {
+        return std::find(command.begin(), command.end(), option) != command.end();
+    };
+    std::vector<std::string> argv{"somctl"};
+    if (!gives("--app-key"))
+        argv.insert(argv.end(), {"--app-key", appKey});
+    if (output.json() && !gives("--json"))
         argv.push_back("--json");
-    if (yes)
+    if (yes && !gives("--yes"))
         argv.push_back("--yes");
-    argv.insert(argv.end(), args.begin() + 3, args.end());
+    argv.insert(argv.end(), command.begin(), command.end());
     setenv("QEL_RECORD", args[1].c_str(), 1);
     std::string problem;
     const int exit = RunAndWait(argv, problem);
