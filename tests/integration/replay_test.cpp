@@ -98,25 +98,26 @@ class ReplayTest : public ::testing::Test {
     qel_test::SomdProcess live{root};
     std::string file = root.Path("/demo.rec"), out = root.Path("/out.txt");
     std::string log = root.Path("/somd.log"), again = root.Path("/again.rec");
+    pid_t replay = -1;  // stopped at the end even when a check fails on the way
+    ~ReplayTest() { Stop(); }
 
     int Somctl(const std::string& args) {
         return Shell(std::string(QEL_SOMCTL_PATH) + " " + args + " >" + out + " 2>&1");
     }
-    pid_t StartReplay() {
+    void StartReplay() {
         const char* argv[] = {QEL_SOMD_PATH, "--replay", file.c_str(), nullptr};
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, 2, log.c_str(), O_WRONLY | O_CREAT, 0600);
-        pid_t pid = -1;
-        posix_spawn(&pid, argv[0], &actions, nullptr, const_cast<char**>(argv), environ);
+        posix_spawn(&replay, argv[0], &actions, nullptr, const_cast<char**>(argv), environ);
         posix_spawn_file_actions_destroy(&actions);
         for (int i = 0; i < 200 && access(root.Path("/run/som.sock").c_str(), F_OK) != 0; ++i)
             usleep(20000);
-        return pid;
     }
-    void Stop(pid_t pid) {
-        kill(pid, SIGTERM);
-        waitpid(pid, nullptr, 0);
+    void Stop() {
+        if (replay > 0 && kill(replay, SIGTERM) == 0)
+            waitpid(replay, nullptr, 0);
+        replay = -1;
     }
 };
 
@@ -152,7 +153,7 @@ TEST_F(ReplayTest, DemoRunReplaysByteForByte) {
            "no-reply receive: timed out\nend\n";
     live.Stop();
 
-    pid_t replay = StartReplay();
+    StartReplay();
     setenv("QEL_RECORD", again.c_str(), 1);
     for (std::size_t i = 0; i < outcomes.size(); ++i) {
         EXPECT_EQ(Somctl(demo[i]), outcomes[i].first) << demo[i];
@@ -171,17 +172,17 @@ TEST_F(ReplayTest, DemoRunReplaysByteForByte) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
     EXPECT_EQ(Somctl("plans --rollback"), 5);
     EXPECT_NE(Slurp(out).find("0x8000a008"), std::string::npos);
-    Stop(replay);
+    Stop();
     EXPECT_NE(
         Slurp(log).find("GetUpdatePlans; nearest recorded request: line 42: "
                         "VELMORA_UpdateManager/GetUpdatePlans, its body differs from byte 14"),
         std::string::npos)
         << Slurp(log);
 
-    replay = StartReplay();  // from the first record again
+    StartReplay();  // from the first record again
     EXPECT_EQ(Somctl("replay-check " + file), 0) << Slurp(out);
     EXPECT_NE(Slurp(out).find("skipped, carries a masked password"), std::string::npos);
-    Stop(replay);
+    Stop();
 
     std::ofstream(again, std::ios::trunc) << text.substr(0, text.size() - 4);  // no "end"
     EXPECT_EQ(Shell(std::string(QEL_SOMD_PATH) + " --replay " + again + " 2>" + log), 1);
