@@ -27,6 +27,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "QelExport.h"
 
@@ -84,6 +85,10 @@ class QEL_FRAMEWORK_API CFileTransfer {
     // The socket path and the time-out read at the last SendMessage.
     const std::string& SocketPath() const { return socketPath_; }
     int TimeoutSeconds() const { return timeoutSeconds_; }
+    // Connects to `path` instead of the socket that the configuration file
+    // names (an operator's override); the time-out still comes from the file,
+    // or is the default when the file cannot be read. Empty undoes it.
+    void OverrideSocketPath(std::string path) { socketOverride_ = std::move(path); }
 
   protected:
     // The name this object traces under.
@@ -113,6 +118,7 @@ class QEL_FRAMEWORK_API CFileTransfer {
     int fd_ = -1;
     int timeoutSeconds_ = kDefaultTimeoutSeconds;
     std::string socketPath_;
+    std::string socketOverride_;
     Stage lastFailedStage_ = Stage::kNone;
     int lastErrno_ = 0;
     ConfigurationStamp configurationStamp_;

@@ -31,6 +31,8 @@ class QEL_FRAMEWORK_API CResultCode {
     static constexpr uint32_t kBusy = 0x8000A005u;                // a bulk run is in progress
     static constexpr uint32_t kUnknownParameter = 0x8000A006u;    // alive-monitor name not set
     static constexpr uint32_t kStateNotSaved = 0x8000A007u;       // the state file not written
+    static constexpr uint32_t kNotRecorded =
+        0x8000A008u;  // a replaying service has no such request
 
     // True for the transport's codes: the service's answer never arrived.
     static bool IsTransport(uint32_t code);

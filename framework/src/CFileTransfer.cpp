@@ -345,8 +345,10 @@ int CFileTransfer::Send(const std::string& message) {
     qel::RecordedSend recorded(this, message, lastFailedStage_, lastErrno_);
     CloseConnection();
     Fail(Stage::kNone);
-    if (!LoadConfiguration())
+    if (!LoadConfiguration() && socketOverride_.empty())
         return Fail(Stage::kConfiguration);
+    if (!socketOverride_.empty())
+        socketPath_ = socketOverride_;
     fd_ = Connect(socketPath_, Deadline(timeoutSeconds_));
     if (fd_ < 0)
         return Fail(Stage::kConnect);

@@ -23,6 +23,7 @@ constexpr Known kServiceCodes[] = {
     {CResultCode::kBusy, "a download, update or rollback is already running"},
     {CResultCode::kUnknownParameter, "no such alive-monitor parameter"},
     {CResultCode::kStateNotSaved, "the service could not save its state"},
+    {CResultCode::kNotRecorded, "no recorded reply matches the request (a replaying service)"},
 };
 
 template <std::size_t N>
@@ -53,6 +54,7 @@ constexpr uint32_t CResultCode::kBadRequest;
 constexpr uint32_t CResultCode::kBusy;
 constexpr uint32_t CResultCode::kUnknownParameter;
 constexpr uint32_t CResultCode::kStateNotSaved;
+constexpr uint32_t CResultCode::kNotRecorded;
 
 bool CResultCode::IsTransport(uint32_t code) {
     return (code & kTransportFamilyMask) == kTransportFamilyMask;

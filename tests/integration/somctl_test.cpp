@@ -139,6 +139,10 @@ TEST_F(SomctlTest, ExitCodesByKindOfFailure) {
     kill(somd.pid(), SIGCONT);
     EXPECT_EQ(silent.code, somctl::kNoReply);
     EXPECT_NE(silent.err.find("did not answer within the time-out of 1 s"), std::string::npos);
+    // --socket wins over the socket that socket.conf names.
+    root.WriteFile("/opt/velmora/qel/som/socket.conf", "socket=/nonexistent.sock\n");
+    EXPECT_EQ(Somctl({"versions"}).code, somctl::kUnreachable);
+    EXPECT_EQ(Somctl({"--socket", somd.SocketPath(), "versions"}).code, somctl::kOk);
 }
 
 // Every value is checked before anything is sent: each of these is refused

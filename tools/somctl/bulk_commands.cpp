@@ -61,6 +61,7 @@ class Progress {
         : what_(what), appKey_(appKey), enabled_(enabled && isatty(STDERR_FILENO)) {
         if (!enabled_)
             return;
+        UseSocketOverride(som_);
         plan_ = PlanOf(som_, what);
         baseline_ = LogLines().size();
         thread_ = std::thread([this] { Show(); });
@@ -158,8 +159,11 @@ class InterruptWatch {
                          "\nsomctl: interrupted; the %s goes on in the service ('somctl status' "
                          "shows it)\n",
                          what.c_str());
-            if (releaseAuthority)
-                CSomIf("somctl").ReleaseOperatingAuthority(qel::protocol::kUpdateManager, appKey);
+            if (releaseAuthority) {
+                CSomIf som("somctl");
+                UseSocketOverride(som);
+                som.ReleaseOperatingAuthority(qel::protocol::kUpdateManager, appKey);
+            }
             _exit(128 + SIGINT);
         });
     }

@@ -14,6 +14,12 @@ namespace somctl {
 
 typedef std::vector<std::string> Args;  // the command's name, then its arguments
 
+// --socket PATH: the socket of this run instead of the one that socket.conf
+// names. Every transport that somctl opens goes through UseSocketOverride.
+void SetSocketOverride(const std::string& path);
+const std::string& SocketOverride();
+void UseSocketOverride(CFileTransfer& transport);
+
 struct Context {
     CSomIf& som;
     Output& output;

@@ -13,6 +13,7 @@
 
 #include "CFileTransfer.h"
 #include "CResultCode.h"
+#include "commands.h"
 #include "common/protocol.h"
 #include "recording.h"
 #include "somctl.h"
@@ -99,6 +100,8 @@ int RecordCommand(Output& output, const std::vector<std::string>& args, const st
         argv.push_back("--json");
     if (yes && !gives("--yes"))
         argv.push_back("--yes");
+    if (!SocketOverride().empty() && !gives("--socket"))
+        argv.insert(argv.end(), {"--socket", SocketOverride()});
     argv.insert(argv.end(), command.begin(), command.end());
     setenv("QEL_RECORD", args[1].c_str(), 1);
     std::string problem;
@@ -117,6 +120,7 @@ int ReplayCheckCommand(Output& output, const std::vector<std::string>& args) {
         return output.Usage(e.what());
     }
     CFileTransfer transfer("somctl", qel::protocol::kSocketConfig);
+    UseSocketOverride(transfer);
     std::unique_ptr<char[]> buffer(new char[qel::protocol::kReplyBufferSize]);
     nlohmann::json differ = nlohmann::json::array(), skipped = nlohmann::json::array();
     std::size_t equal = 0;

@@ -74,6 +74,7 @@ struct Options {
     bool json = false;
     bool yes = false;
     std::string appKey = kDefaultAppKey;
+    std::string socket;
 };
 
 // The global options come before the command; everything after the
@@ -92,6 +93,9 @@ class CommandLine {
                 },
                 ""))
             ->type_name("KEY");
+        app_.add_option("--socket", options_.socket,
+                        "the service's socket instead of the one socket.conf names")
+            ->type_name("PATH");
         app_.set_version_flag("--version", kVersion);
         app_.allow_extras();
         app_.require_subcommand(0, 1);  // "log download" is one command
@@ -166,6 +170,22 @@ class CommandLine {
 
 }  // namespace
 
+namespace {
+std::string g_socketOverride;  // one run at a time: RunSomctl sets it first
+}  // namespace
+
+void SetSocketOverride(const std::string& path) {
+    g_socketOverride = path;
+}
+
+const std::string& SocketOverride() {
+    return g_socketOverride;
+}
+
+void UseSocketOverride(CFileTransfer& transport) {
+    transport.OverrideSocketPath(g_socketOverride);
+}
+
 int RunSomctl(const std::vector<std::string>& allArgs, std::ostream& out, std::ostream& err) {
     CommandLine line;
     int exit = kOk;
@@ -173,7 +193,9 @@ int RunSomctl(const std::vector<std::string>& allArgs, std::ostream& out, std::o
         return exit;
     const Options& options = line.options();
     Output output(out, err, options.json, &out == &std::cout ? TerminalWidth() : 0);
+    SetSocketOverride(options.socket);
     CSomIf som("somctl");
+    UseSocketOverride(som);
     output.SetTransport(&som);
     Context context{som, output, options.appKey, options.yes};
     return line.Chosen()->run(context, line.CommandArgs());

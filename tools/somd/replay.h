@@ -11,13 +11,14 @@
 #include <string>
 #include <vector>
 
+#include "CResultCode.h"
 #include "recording.h"
 
 namespace somd {
 
 // The answer to a request that no record matches; the log names the nearest
 // recorded request.
-constexpr uint32_t kNotRecorded = 0x8000A008u;
+constexpr uint32_t kNotRecorded = CResultCode::kNotRecorded;
 
 class Replay {
   public:
