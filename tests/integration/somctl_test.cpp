@@ -166,6 +166,7 @@ TEST_F(SomctlTest, InvalidValuesRefusedBeforeSending) {
         {{"--app-key", "\xff", "authority", "take"}, "--app-key: accepts"},
         {{"--bogus", "status"}, "unknown option"},
         {{"name", "8086:1533"}, "DEVICE-ID accepts"},
+        {{"monitor", "set", "X", "p;q"}, "any bytes but ';'"},
         {{"providers", "tool", "VELMORA_NicProvider"}, "is a device provider"},
         {{"providers", "device", "NoSuch"}, "no device provider class 'NoSuch'"},
     };

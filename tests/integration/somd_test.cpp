@@ -232,6 +232,7 @@ TEST_F(SomdTest, MalformedRequestsAndUnservedClassesAreRefusedAndChangeNothing) 
     const std::string setUpdate = "VELMORA_UpdateManager/SetAutoUpdateSetting";
     const std::string setDownload = "VELMORA_UpdateManager/SetAutoDownloadSetting";
     const std::string bogus = "Bogus/GetOperatingAuthority";
+    const std::string aliveSet = "VELMORA_ToolServiceWD/AliveMonitorSetParameter";
     const struct {
         std::string request, reply;  // an empty reply: closed without one
     } cases[] = {
@@ -249,6 +250,7 @@ TEST_F(SomdTest, MalformedRequestsAndUnservedClassesAreRefusedAndChangeNothing) 
         {frame(setDownload, ""), frame(setDownload, "", kBadRequest)},
         {frame(setDownload, "string;x;\xff;"), frame(setDownload, "", kBadRequest)},
         {frame(bogus, "string;AppKey;k;"), frame(bogus, "", kUnknownMethod)},
+        {frame(aliveSet, "string;Name;N;string;Value;p;q;"), frame(aliveSet, "", kBadRequest)},
     };
     for (const auto& c : cases)
         EXPECT_EQ(RawExchange(socket, c.request), c.reply) << c.request.substr(0, 60);

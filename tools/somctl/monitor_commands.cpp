@@ -49,6 +49,9 @@ int Monitor(Context& c, const Args& args) {
     HRESULT rc = 0;
     std::string done;
     if (verb == "set" && args.size() == 4) {
+        // Both travel raw: a ';' would end the item early.
+        if ((args[2] + args[3]).find(';') != std::string::npos)
+            return c.output.Usage("monitor set: NAME and VALUE accept any bytes but ';'");
         rc = c.som.AliveMonitorSetParameter(args[2], args[3]);
         done = args[2] + " set";
     } else if (verb == "clear" && args.size() == 2) {

@@ -568,7 +568,11 @@ Reply SomService::AliveClear(const Request&) {
 Reply SomService::AliveSet(const Request& request) {
     const std::string name = Param(request.body, param::kName);
     const std::string value = Param(request.body, param::kValue);
-    if (name.empty())
+    // The client sends both items raw, so a ';' inside a value cannot travel:
+    // a body that is not exactly those two items is refused, never stored cut.
+    const std::string exact = std::string("string;") + param::kName + ";" + name + ";string;" +
+                              param::kValue + ";" + value + ";";
+    if (name.empty() || request.body != exact)
         return Reply{kBadRequest, ""};
     return Persisted([&](State& s) {
         AliveParameter& parameter = s.alive[name];
