@@ -152,6 +152,51 @@ constexpr const char kQelVersionList[] = "QelVersionInfoList";
 constexpr const char kUpdatePlansList[] = "UpdatePlansList";
 constexpr const char kVersionUpdateLogList[] = "VersionUpdateLogList";
 constexpr const char kConformityList[] = "UpdateModuleConformityList";
+// The list a conformity check hands to the service.
+constexpr const char kConformityInput[] = "CheckUpdateModuleConformityInput";
+
+// --- Conformity entries ------------------------------------------------------------------
+// One entry of the conformity list as the service writes it: the entry's
+// strings, then "ModuleInfo" with the module's strings and its blocks. In a
+// file list "Kind" opens a file and "Md5Hash" closes it; in a reference list
+// (ShareInfo, SimuInfo) "ProviderName" opens one and "UpperVendorVersion"
+// closes it.
+namespace conformity {
+constexpr const char kProviderName[] = "ProviderName";
+constexpr const char kVendorName[] = "VendorName";
+constexpr const char kUpdateModuleKind[] = "UpdateModuleKind";
+constexpr const char kModuleInfo[] = "ModuleInfo";
+constexpr const char kUniqueName[] = "UniqueName";
+constexpr const char kDispName[] = "DispName";
+constexpr const char kModuleName[] = "ModuleName";
+constexpr const char kAttachInfo[] = "AttachInfo";
+// Blocks of a module.
+constexpr const char kAttrInfo[] = "AttrInfo";
+constexpr const char kLinkInfo[] = "LinkInfo";
+constexpr const char kFileInfo[] = "FileInfo";
+constexpr const char kDepoInfo[] = "DepoInfo";
+constexpr const char kShareInfo[] = "ShareInfo";
+constexpr const char kSimuInfo[] = "SimuInfo";
+// AttrInfo: strings and one int.
+constexpr const char kHardwareVersion[] = "HardwareVersion";
+constexpr const char kVendorVersion[] = "VendorVersion";
+constexpr const char kReqProviderVersion[] = "ReqProviderVersion";
+constexpr const char kPriority[] = "Priority";
+// LinkInfo: strings and one bool.
+constexpr const char kRebootAfterPreUpdate[] = "RebootAfterPreUpdate";
+constexpr const char kRebootAfterUpdate[] = "RebootAfterUpdate";
+constexpr const char kRebootAfterRestore[] = "RebootAfterRestore";
+constexpr const char kRecovery[] = "Recovery";
+// FileInfo: one file.
+constexpr const char kKind[] = "Kind";
+constexpr const char kUrl[] = "Url";
+constexpr const char kPhysiName[] = "PhysiName";
+constexpr const char kMd5Hash[] = "Md5Hash";
+// ShareInfo / SimuInfo: one reference (ProviderName, UniqueName, ModuleName
+// and VendorVersion as above).
+constexpr const char kProviderVendorName[] = "ProviderVendorName";
+constexpr const char kUpperVendorVersion[] = "UpperVendorVersion";
+}  // namespace conformity
 
 // --- Paths (below the system root, see CFileUtility::SystemPath) -------------------------
 constexpr const char kSocketConfig[] = "/opt/velmora/qel/som/socket.conf";

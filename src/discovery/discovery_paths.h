@@ -37,9 +37,9 @@ constexpr const char kMsgFileNotFound[] = "file (%s) not found";
 constexpr const char kGetDeviceService[] = "HRESULT CSomIf::GetDeviceService(strpairvect_t&)";
 constexpr const char kGetToolService[] = "HRESULT CSomIf::GetToolService(strpairvect_t&)";
 constexpr const char kIsDeviceAlive[] = "bool CSomIf::isDeviceAlive(CMofContents)";
-// The whole line: signature, database path, system error number.
+// The whole line: signature, database path, system error number. A macro,
+// not a constant, so that the compiler checks it against its arguments.
 #define QEL_OPEN_FAILED_LINE "%s %s file open failed (%d)"
-constexpr const char kOpenFailedLine[] = QEL_OPEN_FAILED_LINE;
 
 }  // namespace sig
 }  // namespace qel

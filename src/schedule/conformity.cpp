@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "CUpDownSchedule.h"
+#include "common/protocol.h"
 #include "common/trace.h"
 #include "codec/item_index.h"
 #include "codec/item_view.h"
@@ -16,26 +17,22 @@ using qel::ObjectList;
 using qel::item::kTagClassArray;
 using qel::item::kTagString;
 
-const char kAppKey[] = "AppKey";
-const char kConformityList[] = "UpdateModuleConformityList";
-const char kConformityInput[] = "CheckUpdateModuleConformityInput";
-const char kProviderName[] = "ProviderName";
-const char kVendorName[] = "VendorName";
-const char kUpdateModuleKind[] = "UpdateModuleKind";
-const char kModuleInfo[] = "ModuleInfo";
-const char* const kModuleStrings[] = {"UniqueName", "DispName", "ModuleName", "AttachInfo"};
+using qel::protocol::kConformityInput;
+using qel::protocol::kConformityList;
+using qel::protocol::param::kAppKey;
+using namespace qel::protocol::conformity;
 
-const char kAttrInfo[] = "AttrInfo";
-const char kLinkInfo[] = "LinkInfo";
-const char kFileInfo[] = "FileInfo";
-const char kDepoInfo[] = "DepoInfo";
-const char kShareInfo[] = "ShareInfo";
-const char kSimuInfo[] = "SimuInfo";
-
-const char kFileOpen[] = "Kind";
-const char kFileClose[] = "Md5Hash";
-const char kReferenceOpen[] = "ProviderName";
-const char kReferenceClose[] = "UpperVendorVersion";
+const char* const kModuleStrings[] = {kUniqueName, kDispName, kModuleName, kAttachInfo};
+const char* const kAttrStrings[] = {kHardwareVersion, kVendorVersion, kReqProviderVersion};
+const char* const kLinkStrings[] = {kRebootAfterPreUpdate, kRebootAfterUpdate, kRebootAfterRestore};
+const char* const kFileStrings[] = {kKind, kUrl, kPhysiName, kMd5Hash};
+const char* const kReferenceStrings[] = {kProviderName,      kProviderVendorName, kUpdateModuleKind,
+                                         kUniqueName,        kModuleName,         kVendorVersion,
+                                         kUpperVendorVersion};
+const char* const kFileOpen = kKind;
+const char* const kFileClose = kMd5Hash;
+const char* const kReferenceOpen = kProviderName;
+const char* const kReferenceClose = kUpperVendorVersion;
 
 enum class EntryType { kNone, kString, kInt, kBool };
 
@@ -44,9 +41,9 @@ bool NameIs(const qel::ItemView& item, const char* name) {
 }
 
 EntryType AttrType(const qel::ItemView& item) {
-    if (NameIs(item, "Priority"))
+    if (NameIs(item, kPriority))
         return EntryType::kInt;
-    for (const char* name : {"HardwareVersion", "VendorVersion", "ReqProviderVersion"}) {
+    for (const char* name : kAttrStrings) {
         if (NameIs(item, name))
             return EntryType::kString;
     }
@@ -54,9 +51,9 @@ EntryType AttrType(const qel::ItemView& item) {
 }
 
 EntryType LinkType(const qel::ItemView& item) {
-    if (NameIs(item, "Recovery"))
+    if (NameIs(item, kRecovery))
         return EntryType::kBool;
-    for (const char* name : {"RebootAfterPreUpdate", "RebootAfterUpdate", "RebootAfterRestore"}) {
+    for (const char* name : kLinkStrings) {
         if (NameIs(item, name))
             return EntryType::kString;
     }
@@ -64,7 +61,7 @@ EntryType LinkType(const qel::ItemView& item) {
 }
 
 EntryType FileType(const qel::ItemView& item) {
-    for (const char* name : {"Kind", "Url", "PhysiName", "Md5Hash"}) {
+    for (const char* name : kFileStrings) {
         if (NameIs(item, name))
             return EntryType::kString;
     }
@@ -72,8 +69,7 @@ EntryType FileType(const qel::ItemView& item) {
 }
 
 EntryType ReferenceType(const qel::ItemView& item) {
-    for (const char* name : {"ProviderName", "ProviderVendorName", "UpdateModuleKind", "UniqueName",
-                             "ModuleName", "VendorVersion", "UpperVendorVersion"}) {
+    for (const char* name : kReferenceStrings) {
         if (NameIs(item, name))
             return EntryType::kString;
     }

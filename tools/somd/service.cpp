@@ -96,30 +96,31 @@ void AppendConformityEntry(std::string& out, const std::string& provider,
                            const CVelmora_ManageModuleInfo& module,
                            const CVelmora_ManageRepositoryInfo& entry) {
     using namespace qel::item;
+    using namespace wire::conformity;
     IWbemClassObject w;
-    w.SetString(out, "ProviderName", provider);
-    w.SetString(out, "VendorName", device != nullptr ? device->VendorName : "");
-    w.SetString(out, "UpdateModuleKind", module.ModuleKind);
-    AppendItem(out, kTagClass, "ModuleInfo", "");
-    w.SetString(out, "UniqueName", unique);
-    w.SetString(out, "DispName", entry.DisplayName);
-    w.SetString(out, "ModuleName", module.ModuleName);
-    AppendItem(out, kTagClass, "AttrInfo", "");
-    w.SetString(out, "HardwareVersion", entry.HardwareVersion);
-    w.SetString(out, "VendorVersion", entry.VendorVersion);
-    w.SetInt(out, "Priority", entry.Priority);
-    w.SetString(out, "ReqProviderVersion", entry.ReqProviderVersion);
-    AppendItem(out, kTagClass, "LinkInfo", "");
-    w.SetString(out, "RebootAfterPreUpdate", entry.RebootAfterPreUpdate);
-    w.SetString(out, "RebootAfterUpdate", entry.RebootAfterUpdate);
-    w.SetString(out, "RebootAfterRestore", entry.RebootAfterRestore);
-    w.SetBool(out, "Recovery", entry.Recovery);
-    AppendItem(out, kTagClassArray, "FileInfo", "");
+    w.SetString(out, kProviderName, provider);
+    w.SetString(out, kVendorName, device != nullptr ? device->VendorName : "");
+    w.SetString(out, kUpdateModuleKind, module.ModuleKind);
+    AppendItem(out, kTagClass, kModuleInfo, "");
+    w.SetString(out, kUniqueName, unique);
+    w.SetString(out, kDispName, entry.DisplayName);
+    w.SetString(out, kModuleName, module.ModuleName);
+    AppendItem(out, kTagClass, kAttrInfo, "");
+    w.SetString(out, kHardwareVersion, entry.HardwareVersion);
+    w.SetString(out, kVendorVersion, entry.VendorVersion);
+    w.SetInt(out, kPriority, entry.Priority);
+    w.SetString(out, kReqProviderVersion, entry.ReqProviderVersion);
+    AppendItem(out, kTagClass, kLinkInfo, "");
+    w.SetString(out, kRebootAfterPreUpdate, entry.RebootAfterPreUpdate);
+    w.SetString(out, kRebootAfterUpdate, entry.RebootAfterUpdate);
+    w.SetString(out, kRebootAfterRestore, entry.RebootAfterRestore);
+    w.SetBool(out, kRecovery, entry.Recovery);
+    AppendItem(out, kTagClassArray, kFileInfo, "");
     for (const std::string& file : entry.ModuleFileName) {
-        w.SetString(out, "Kind", "module");
-        w.SetString(out, "Url", entry.ModulePath);
-        w.SetString(out, "PhysiName", file);
-        w.SetString(out, "Md5Hash", FakeHash(file));
+        w.SetString(out, kKind, "module");
+        w.SetString(out, kUrl, entry.ModulePath);
+        w.SetString(out, kPhysiName, file);
+        w.SetString(out, kMd5Hash, FakeHash(file));
     }
 }
 
