@@ -13,6 +13,7 @@
 #include <mutex>
 
 #include "CTraceUtility.h"
+#include "fd_io.h"
 #include "recording.h"
 
 namespace qel {
@@ -65,19 +66,6 @@ std::map<const CFileTransfer*, Pending>& PendingSends() {
     return pending;
 }
 
-bool WriteAll(int fd, const std::string& text) {
-    std::size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t n = write(fd, text.data() + done, text.size() - done);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            return false;
-        done += static_cast<std::size_t>(n);
-    }
-    return true;
-}
-
 // True when the file is empty or opens with this build's version line.
 bool WritableRecording(int fd, bool& empty) {
     struct stat info;
@@ -114,7 +102,7 @@ void Append(const recording::Exchange& exchange) {
     } else {
         const std::string text = (empty ? std::string(recording::kVersionLine) + "\n" : "") +
                                  recording::FormatExchange(exchange);
-        if (!WriteAll(fd, text)) {
+        if (!qel::WriteAll(fd, text)) {
             CTraceUtility::WriteDebug(kTraceSource, kTraceLevelError, "cannot write %s: %s",
                                       path.c_str(), strerror(errno));
         }

@@ -120,17 +120,4 @@ std::string FormatReply(const Request& request, uint32_t result, const std::stri
     return wire::ReplyHeader(request.className, request.method, result, body.size()) + body;
 }
 
-bool WriteAll(int fd, const std::string& data) {
-    std::size_t done = 0;
-    while (done < data.size()) {
-        ssize_t n = send(fd, data.data() + done, data.size() - done, MSG_NOSIGNAL);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            return false;
-        done += static_cast<std::size_t>(n);
-    }
-    return true;
-}
-
 }  // namespace somd

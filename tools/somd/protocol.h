@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string>
 
+#include "fd_io.h"
+
 namespace somd {
 
 struct Request {
@@ -35,7 +37,10 @@ ReadStatus ParseRequest(const std::string& bytes, Request& request);
 // The reply: the request's class and method, `result` in hexadecimal.
 std::string FormatReply(const Request& request, uint32_t result, const std::string& body);
 
-bool WriteAll(int fd, const std::string& data);
+// Sends all of `data` to a client; false when the client has gone.
+inline bool WriteAll(int fd, const std::string& data) {
+    return qel::WriteAll(fd, data, qel::Descriptor::kSocket);
+}
 
 }  // namespace somd
 

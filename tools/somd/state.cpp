@@ -12,6 +12,7 @@
 #include <stdexcept>
 
 #include "common/record_json.h"
+#include "fd_io.h"
 
 namespace somd {
 
@@ -160,19 +161,6 @@ std::optional<State> LoadState(const std::string& path) {
 
 namespace {
 
-bool WriteFully(int fd, const std::string& data) {
-    std::size_t done = 0;
-    while (done < data.size()) {
-        ssize_t n = write(fd, data.data() + done, data.size() - done);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            return false;
-        done += static_cast<std::size_t>(n);
-    }
-    return true;
-}
-
 std::string Directory(const std::string& path) {
     std::string::size_type slash = path.rfind('/');
     return slash == std::string::npos ? "." : (slash == 0 ? "/" : path.substr(0, slash));
@@ -185,7 +173,7 @@ bool WriteFileAtomically(const std::string& path, const std::string& text) {
     int fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     if (fd < 0)
         return false;
-    bool ok = WriteFully(fd, text) && fsync(fd) == 0;
+    bool ok = qel::WriteAll(fd, text) && fsync(fd) == 0;
     ok = close(fd) == 0 && ok;
     if (!ok || std::rename(temporary.c_str(), path.c_str()) != 0) {
         const int error = errno;
