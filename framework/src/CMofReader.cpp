@@ -7,6 +7,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "text_util.h"
+
 namespace {
 
 // One property value as the parser saw it.
@@ -166,16 +168,6 @@ class MofParser {
         return false;
     }
 
-    static int HexDigit(char c) {
-        if (c >= '0' && c <= '9')
-            return c - '0';
-        if (c >= 'a' && c <= 'f')
-            return c - 'a' + 10;
-        if (c >= 'A' && c <= 'F')
-            return c - 'A' + 10;
-        return -1;
-    }
-
     // Appends a UTF-8 encoding of a \x escape's code point.
     static void AppendCodePoint(std::string& out, unsigned cp) {
         if (cp < 0x80) {
@@ -222,8 +214,8 @@ class MofParser {
                 case 'X': {
                     unsigned cp = 0;
                     int digits = 0;
-                    while (digits < 4 && p_ < end_ && HexDigit(*p_) >= 0) {
-                        cp = cp * 16 + static_cast<unsigned>(HexDigit(*p_++));
+                    while (digits < 4 && p_ < end_ && qel::HexDigitValue(*p_) >= 0) {
+                        cp = cp * 16 + static_cast<unsigned>(qel::HexDigitValue(*p_++));
                         ++digits;
                     }
                     if (digits == 0)

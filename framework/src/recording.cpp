@@ -7,6 +7,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "text_util.h"
+
 namespace qel {
 namespace recording {
 namespace {
@@ -91,16 +93,6 @@ void AppendMessage(std::string& out, const char* keyword, const std::string& mes
         out.append(kBodyIndent).append(Escape(piece)).append("\n");
 }
 
-int HexValue(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 // The bytes that an escaped line stands for; false on a broken escape.
 bool Unescape(const std::string& text, std::string& bytes) {
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -117,9 +109,10 @@ bool Unescape(const std::string& text, std::string& bytes) {
             bytes += '\r';
         } else if (kind == 't') {
             bytes += '\t';
-        } else if (kind == 'x' && i + 2 < text.size() && HexValue(text[i + 1]) >= 0 &&
-                   HexValue(text[i + 2]) >= 0) {
-            bytes += static_cast<char>(HexValue(text[i + 1]) * 16 + HexValue(text[i + 2]));
+        } else if (kind == 'x' && i + 2 < text.size() && qel::HexDigitValue(text[i + 1]) >= 0 &&
+                   qel::HexDigitValue(text[i + 2]) >= 0) {
+            bytes += static_cast<char>(qel::HexDigitValue(text[i + 1]) * 16 +
+                                       qel::HexDigitValue(text[i + 2]));
             i += 2;
         } else {
             return false;

@@ -16,6 +16,17 @@ inline std::string TrimBlanks(const std::string& text) {
     return text.substr(first, last - first + 1);
 }
 
+// The value of one hexadecimal digit of either case; -1 for any other character.
+inline int HexDigitValue(char c) {
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
+
 }  // namespace qel
 
 #endif  // QEL_FRAMEWORK_SRC_TEXT_UTIL_H
