@@ -84,7 +84,7 @@ TEST(TraceUtilityTest, FileGetsWholeLinesOfTheLevelsThatMaskAndModeLetThrough) {
 
 TEST(TraceUtilityTest, LinesFromManyThreadsNeverInterleave) {
     TraceFile file(nullptr);
-    const std::string payload(300, 'p');
+    const std::string payload(600, 'p');  // longer than the first format buffer
     std::vector<std::thread> threads;
     for (int t = 0; t < 8; ++t)
         threads.emplace_back([&, t] {

@@ -19,14 +19,15 @@ std::string Plain(const Info& info) {
 }
 
 // The tree read from `text`, which frees everything it holds (checked
-// unless a trace recorder keeps blocks).
-std::string Tree(const std::string& text, bool countBlocks = true) {
+// unless a trace recorder keeps blocks); `arrays` as ObjectJson takes them.
+nlohmann::ordered_json Tree(const std::string& text, bool countBlocks = true,
+                            const std::set<std::string>& arrays = {}) {
     qel_test::TextBuffer buffer(text);
-    std::string tree;
+    nlohmann::ordered_json tree;
     auto read = [&] {
         IWbemClassObject out;
         CProviderManageInfo("tree").toObject(buffer.get(), out);
-        tree = qel_test::TreeText(out);
+        tree = qel_test::ObjectJson(out, arrays);
     };
     EXPECT_EQ(countBlocks ? qel_test::BlocksLeftBy(read) : (read(), 0L), 0);
     return tree;
@@ -35,11 +36,9 @@ std::string Tree(const std::string& text, bool countBlocks = true) {
 // The record that the tree read from `info`'s reply holds, as JSON.
 template <class Info>
 nlohmann::json TreeRecord(const Info& info) {
-    qel_test::TextBuffer buffer(Plain(info));
-    IWbemClassObject out;
-    CProviderManageInfo("tree").toObject(buffer.get(), out);
-    const nlohmann::ordered_json tree = qel_test::ObjectJson(
-        out, {"ExtendedInfo", "ModuleFileName", "ManualFileName", "ReleasenotesFileName"});
+    const nlohmann::ordered_json tree =
+        Tree(Plain(info), true,
+             {"ExtendedInfo", "ModuleFileName", "ManualFileName", "ReleasenotesFileName"});
     EXPECT_EQ(tree.size(), 1u);
     return nlohmann::json(nlohmann::json::parse(tree.begin()->dump()).get<Info>());
 }
@@ -70,8 +69,13 @@ TEST(TextToObjectsTest, RealisticRepliesGiveTheWholeTree) {
     EXPECT_EQ(got, nlohmann::json(devices));
 }
 
-TEST(TextToObjectsTest, ProviderHeaderDecidesTheKind) {
-    const std::pair<const char*, const char*> cases[] = {
+TEST(TextToObjectsTest, ProviderHeaderSearchesAndListEnds) {
+    const std::string provider =
+        "class;DevProviderManageInfo;;string;ProviderName;P;string;ProviderVendorName;V;"
+        "string;ProviderVersion;1;class[];DeviceInfo;;";
+    const std::string tree = R"({"DevProviderManageInfo":{"ProviderName":"P",)"
+                             R"("ProviderVendorName":"V","ProviderVersion":"1","DeviceInfo":)";
+    const std::pair<std::string, std::string> cases[] = {
         {"string;ProviderName;P;", "{}"},
         {"", "{}"},
         {"class;ToolProviderManageInfo;;class;DevProviderManageInfo;;",
@@ -80,25 +84,6 @@ TEST(TextToObjectsTest, ProviderHeaderDecidesTheKind) {
         {"class;ToolProviderManageInfo;;string;ProviderName;T;",
          R"({"ToolProviderManageInfo":{"ProviderName":"T","ProviderVendorName":"",)"
          R"("ProviderVersion":"","ToolInfo":[]}})"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(Tree(c.first), c.second) << c.first;
-        qel_test::TraceRecorder traces;
-        Tree(c.first, /*countBlocks=*/false);
-        // Without a provider header the reader returns early, with no exit trace.
-        EXPECT_EQ(
-            traces.Contains("[LEAVE] void CProviderManageInfo::toObject(char*, IWbemClassObject&)"),
-            std::string(c.second) != "{}");
-    }
-}
-
-TEST(TextToObjectsTest, SearchesAndListEnds) {
-    const std::string provider =
-        "class;DevProviderManageInfo;;string;ProviderName;P;string;ProviderVendorName;V;"
-        "string;ProviderVersion;1;class[];DeviceInfo;;";
-    const std::string tree = R"({"DevProviderManageInfo":{"ProviderName":"P",)"
-                             R"("ProviderVendorName":"V","ProviderVersion":"1","DeviceInfo":)";
-    const std::pair<std::string, std::string> cases[] = {
         // The first device lacks DeviceId: the search takes the second device's.
         {provider +
              "string;VendorName;A;string;UniqueName;first;class[];LinkAppInfo;;class[];ModuleInfo;;"
@@ -129,8 +114,15 @@ TEST(TextToObjectsTest, SearchesAndListEnds) {
                 R"("ModuleFileName":"a!#b","DependencyInfoSelf":[{"ProviderName":"X",)"
                 R"("UpperVendorVersion":"9","VendorName":"V"}],"DependencyInfoOther":[]}]}]}]}})"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(Tree(c.first), c.second) << c.first;
+    for (const auto& c : cases) {
+        EXPECT_EQ(Tree(c.first).dump(), c.second) << c.first;
+        qel_test::TraceRecorder traces;
+        Tree(c.first, /*countBlocks=*/false);
+        // Without a provider header the reader returns early, with no exit trace.
+        EXPECT_EQ(
+            traces.Contains("[LEAVE] void CProviderManageInfo::toObject(char*, IWbemClassObject&)"),
+            c.second != "{}");
+    }
 }
 
 }  // namespace

@@ -47,15 +47,14 @@ TEST(TextToRecordsTest, ListsEndWhereTheNextFirstFieldIsMissing) {
         "string;HardwareVersion;01;string[];ExtendedInfo;a!#b;";
     std::string pathNamed;  // what toString writes carries paths: no device reads
     CProviderManageInfo("w").toString(qel_test::SampleDevProvider(), pathNamed);
-    const std::pair<std::string, std::size_t> cases[] = {
-        {provider + device + device, 2},
+    // clang-format off
+    const std::pair<std::string, std::size_t> cases[] = {{provider + device + device, 2},
         {"class;DevProviderManageInfo;;" + provider + "class;DeviceInfo;;" + device +
-             "class;DeviceInfo;;" + device,
-         2},  // headers are optional
+             "class;DeviceInfo;;" + device, 2},  // headers are optional
         {provider + device + device.substr(20) + device, 1},
         {provider + device + device.substr(0, 30), 2},  // cut: kept
-        {pathNamed, 0},
-        {"", 0}};
+        {pathNamed, 0}, {"", 0}};
+    // clang-format on
     for (const auto& c : cases) {
         const CVelmora_DevProviderManageInfo info = Read(c.first);
         EXPECT_EQ(info.DeviceInfo.size(), c.second) << c.first;
@@ -63,9 +62,8 @@ TEST(TextToRecordsTest, ListsEndWhereTheNextFirstFieldIsMissing) {
     }
     EXPECT_EQ(Read(pathNamed).ProviderName, "VelmoraNicProvider");
     // Appending, and an empty text that leaves the provider's fields alone.
-    CVelmora_DevProviderManageInfo kept;
-    kept.ProviderName = "kept";
-    kept.DeviceInfo.resize(1);
+    const auto kept = json::parse(R"({"ProviderName":"kept","DeviceInfo":[{}]})")
+                          .get<CVelmora_DevProviderManageInfo>();
     EXPECT_EQ(Read("", kept).ProviderName, "kept");
     EXPECT_EQ(Read(Plain(qel_test::SampleDevProvider()), kept).DeviceInfo.size(), 4u);
 }
@@ -87,16 +85,15 @@ TEST(TextToRecordsTest, FieldRules) {
     CVelmora_DeviceInfo device;
     codec.setModuleInfo(ints.get(), device);
     EXPECT_EQ(device.ModuleInfo.at(0).UpdatePriority + device.ModuleInfo.at(0).UpdateStatus, 0);
-    for (const auto& flag : {std::make_pair("1", false), std::make_pair("true", true)}) {
+    for (const char* flag : {"1", "true"}) {
         TextBuffer text(
             std::string("string;ApplyKind;A;string;HardwareVersion;;string;VendorVersion;;"
                         "string;DisplayName;;string;ModulePath;;int;Priority;1;string;"
                         "ReqProviderVersion;;string;RebootAfterPreUpdate;;string;"
                         "RebootAfterUpdate;;string;RebootAfterRestore;;bool;Recovery;") +
-            flag.first + ";");
-        CVelmora_ManageModuleInfo m;
-        codec.setRepositoryInfo(text.get(), m);
-        EXPECT_EQ(m.RepositoryInfo.at(0).Recovery, flag.second) << flag.first;
+            flag + ";");
+        codec.setRepositoryInfo(text.get(), module);
+        EXPECT_EQ(module.RepositoryInfo.back().Recovery, *flag == 't') << flag;
     }
 }
 
