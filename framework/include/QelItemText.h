@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace qel {
 namespace item {
@@ -76,6 +77,47 @@ inline void AppendItem(std::string& out, const char* tag, const std::string& nam
     out.append(name);
     out.push_back(kFieldEnd);
     out.append(rawValue);
+    out.push_back(kFieldEnd);
+}
+
+// The typed item writers. IWbemClassObject's Set* members forward to them;
+// a writer with no object at hand calls them directly.
+// A string item whose name is `prefix` followed by `name` ("DeviceInfo[0]/" "UniqueName").
+inline void AppendStringItem(std::string& out, const std::string& prefix, const std::string& name,
+                             const std::string& value) {
+    out.append(kTagString);
+    out.push_back(kFieldEnd);
+    out.append(prefix);
+    out.append(name);
+    out.push_back(kFieldEnd);
+    AppendEscaped(out, value.data(), value.size());
+    out.push_back(kFieldEnd);
+}
+
+inline void AppendStringItem(std::string& out, const std::string& name, const std::string& value) {
+    AppendStringItem(out, std::string(), name, value);
+}
+
+inline void AppendIntItem(std::string& out, const std::string& name, long long value,
+                          const char* tag = kTagInt) {
+    AppendItem(out, tag, name, std::to_string(value));
+}
+
+inline void AppendBoolItem(std::string& out, const std::string& name, bool value) {
+    AppendItem(out, kTagBool, name, value ? kTrue : kFalse);
+}
+
+inline void AppendStringArrayItem(std::string& out, const std::string& name,
+                                  const std::vector<std::string>& values) {
+    out.append(kTagStringArray);
+    out.push_back(kFieldEnd);
+    out.append(name);
+    out.push_back(kFieldEnd);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (i != 0)
+            out.append(kArraySeparator, kArraySeparatorLength);
+        AppendEscaped(out, values[i].data(), values[i].size());
+    }
     out.push_back(kFieldEnd);
 }
 

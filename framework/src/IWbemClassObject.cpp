@@ -28,10 +28,6 @@ void ForEachOwned(const boost::any& value, Visit visit, ObjectVector** ownedVect
     }
 }
 
-std::string Decimal(long long value) {
-    return std::to_string(value);
-}
-
 }  // namespace
 
 IWbemContext::~IWbemContext() = default;
@@ -100,35 +96,28 @@ boost::any* IWbemClassObject::Get(const std::string& name) {
 }
 
 void IWbemClassObject::SetString(std::string& out, std::string name, std::string value) {
-    SetString(out, std::string(), std::move(name), std::move(value));
+    qel::item::AppendStringItem(out, name, value);
 }
 
 void IWbemClassObject::SetString(std::string& out, std::string prefix, std::string name,
                                  std::string value) {
-    using namespace qel::item;
-    out.append(kTagString);
-    out.push_back(kFieldEnd);
-    out.append(prefix);
-    out.append(name);
-    out.push_back(kFieldEnd);
-    AppendEscaped(out, value.data(), value.size());
-    out.push_back(kFieldEnd);
+    qel::item::AppendStringItem(out, prefix, name, value);
 }
 
 void IWbemClassObject::SetInt(std::string& out, std::string name, int value) {
-    qel::item::AppendItem(out, qel::item::kTagInt, name, Decimal(value));
+    qel::item::AppendIntItem(out, name, value);
 }
 
 void IWbemClassObject::SetInt(std::string& out, std::string prefix, std::string name, int value) {
-    qel::item::AppendItem(out, qel::item::kTagInt, prefix + name, Decimal(value));
+    qel::item::AppendIntItem(out, prefix + name, value);
 }
 
 void IWbemClassObject::SetUInt(std::string& out, std::string name, unsigned int value) {
-    qel::item::AppendItem(out, qel::item::kTagUInt, name, std::to_string(value));
+    qel::item::AppendIntItem(out, name, value, qel::item::kTagUInt);
 }
 
 void IWbemClassObject::SetLong(std::string& out, std::string name, long value) {
-    qel::item::AppendItem(out, qel::item::kTagLong, name, Decimal(value));
+    qel::item::AppendIntItem(out, name, value, qel::item::kTagLong);
 }
 
 void IWbemClassObject::SetULong(std::string& out, std::string name, unsigned long value) {
@@ -136,28 +125,16 @@ void IWbemClassObject::SetULong(std::string& out, std::string name, unsigned lon
 }
 
 void IWbemClassObject::SetBool(std::string& out, std::string name, bool value) {
-    qel::item::AppendItem(out, qel::item::kTagBool, name,
-                          value ? qel::item::kTrue : qel::item::kFalse);
+    qel::item::AppendBoolItem(out, name, value);
 }
 
 void IWbemClassObject::SetBool(std::string& out, std::string prefix, std::string name, bool value) {
-    qel::item::AppendItem(out, qel::item::kTagBool, prefix + name,
-                          value ? qel::item::kTrue : qel::item::kFalse);
+    qel::item::AppendBoolItem(out, prefix + name, value);
 }
 
 void IWbemClassObject::SetStringArray(std::string& out, std::string name,
                                       std::vector<std::string> values) {
-    using namespace qel::item;
-    out.append(kTagStringArray);
-    out.push_back(kFieldEnd);
-    out.append(name);
-    out.push_back(kFieldEnd);
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (i != 0)
-            out.append(kArraySeparator, kArraySeparatorLength);
-        AppendEscaped(out, values[i].data(), values[i].size());
-    }
-    out.push_back(kFieldEnd);
+    qel::item::AppendStringArrayItem(out, name, values);
 }
 
 void IWbemClassObject::SetClass(std::string& out, std::string name, const IWbemClassObject&) {

@@ -79,8 +79,7 @@ std::string LinesBody(const std::vector<std::string>& lines) {
     std::string out;
     if (lines.empty())
         return out;  // no item: no lines
-    IWbemClassObject target;
-    target.SetStringArray(out, param::kLines, lines);
+    qel::item::AppendStringArrayItem(out, param::kLines, lines);
     return out;
 }
 
@@ -97,30 +96,29 @@ void AppendConformityEntry(std::string& out, const std::string& provider,
                            const CVelmora_ManageRepositoryInfo& entry) {
     using namespace qel::item;
     using namespace wire::conformity;
-    IWbemClassObject w;
-    w.SetString(out, kProviderName, provider);
-    w.SetString(out, kVendorName, device != nullptr ? device->VendorName : "");
-    w.SetString(out, kUpdateModuleKind, module.ModuleKind);
+    AppendStringItem(out, kProviderName, provider);
+    AppendStringItem(out, kVendorName, device != nullptr ? device->VendorName : "");
+    AppendStringItem(out, kUpdateModuleKind, module.ModuleKind);
     AppendItem(out, kTagClass, kModuleInfo, "");
-    w.SetString(out, kUniqueName, unique);
-    w.SetString(out, kDispName, entry.DisplayName);
-    w.SetString(out, kModuleName, module.ModuleName);
+    AppendStringItem(out, kUniqueName, unique);
+    AppendStringItem(out, kDispName, entry.DisplayName);
+    AppendStringItem(out, kModuleName, module.ModuleName);
     AppendItem(out, kTagClass, kAttrInfo, "");
-    w.SetString(out, kHardwareVersion, entry.HardwareVersion);
-    w.SetString(out, kVendorVersion, entry.VendorVersion);
-    w.SetInt(out, kPriority, entry.Priority);
-    w.SetString(out, kReqProviderVersion, entry.ReqProviderVersion);
+    AppendStringItem(out, kHardwareVersion, entry.HardwareVersion);
+    AppendStringItem(out, kVendorVersion, entry.VendorVersion);
+    AppendIntItem(out, kPriority, entry.Priority);
+    AppendStringItem(out, kReqProviderVersion, entry.ReqProviderVersion);
     AppendItem(out, kTagClass, kLinkInfo, "");
-    w.SetString(out, kRebootAfterPreUpdate, entry.RebootAfterPreUpdate);
-    w.SetString(out, kRebootAfterUpdate, entry.RebootAfterUpdate);
-    w.SetString(out, kRebootAfterRestore, entry.RebootAfterRestore);
-    w.SetBool(out, kRecovery, entry.Recovery);
+    AppendStringItem(out, kRebootAfterPreUpdate, entry.RebootAfterPreUpdate);
+    AppendStringItem(out, kRebootAfterUpdate, entry.RebootAfterUpdate);
+    AppendStringItem(out, kRebootAfterRestore, entry.RebootAfterRestore);
+    AppendBoolItem(out, kRecovery, entry.Recovery);
     AppendItem(out, kTagClassArray, kFileInfo, "");
     for (const std::string& file : entry.ModuleFileName) {
-        w.SetString(out, kKind, "module");
-        w.SetString(out, kUrl, entry.ModulePath);
-        w.SetString(out, kPhysiName, file);
-        w.SetString(out, kMd5Hash, FakeHash(file));
+        AppendStringItem(out, kKind, "module");
+        AppendStringItem(out, kUrl, entry.ModulePath);
+        AppendStringItem(out, kPhysiName, file);
+        AppendStringItem(out, kMd5Hash, FakeHash(file));
     }
 }
 
@@ -589,9 +587,8 @@ Reply SomService::AliveGet(const Request& request) {
     if (it == s.alive.end())
         return Reply{kUnknownParameter, ""};
     Reply reply;
-    IWbemClassObject w;
-    w.SetString(reply.body, param::kValue, it->second.value);
-    w.SetInt(reply.body, param::kType, static_cast<int>(it->second.type));
+    qel::item::AppendStringItem(reply.body, param::kValue, it->second.value);
+    qel::item::AppendIntItem(reply.body, param::kType, static_cast<int>(it->second.type));
     return reply;
 }
 
