@@ -1,11 +1,8 @@
 // Recording exchanges (QEL_RECORD, somctl record) and replaying them (somd
 // --replay, somctl replay-check): the format, masking and byte-identical replay.
 #include <gtest/gtest.h>
-#include <fcntl.h>
-#include <signal.h>
-#include <spawn.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -13,20 +10,12 @@
 
 #include "recording.h"
 #include "support/somd_process.h"
+#include "support/test_data.h"
 
 namespace {
 
 namespace rec = qel::recording;
-
-std::string Slurp(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-int Shell(const std::string& command) {
-    const int status = std::system(command.c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
+using qel_test::ReadFile;
 
 const char kRequest[] = "00000076cafefeedVELMORA_UpdateManager/SetAutoDownloadSetting00000000";
 
@@ -92,38 +81,45 @@ TEST(RecordingFormat, BytesSurviveAndPasswordsAreMasked) {
         EXPECT_EQ(rec::MaskBody(body.first), body.second);
 }
 
+// The time now in UTC, to the second, as a recording writes it.
+std::string UtcNow() {
+    const time_t now = time(nullptr);
+    struct tm parts;
+    char text[32];
+    strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", gmtime_r(&now, &parts));
+    return text;
+}
+
 class ReplayTest : public ::testing::Test {
   protected:
     qel_test::TempSysroot root;
     qel_test::SomdProcess live{root};
-    std::string file = root.Path("/demo.rec"), out = root.Path("/out.txt");
-    std::string log = root.Path("/somd.log"), again = root.Path("/again.rec");
+    std::string file = root.Path("/demo.rec"), again = root.Path("/again.rec");
     pid_t replay = -1;  // stopped at the end even when a check fails on the way
-    ~ReplayTest() { Stop(); }
+    int log = -1;
+    ~ReplayTest() { StopReplay(); }
 
-    int Somctl(const std::string& args) {
-        return Shell(std::string(QEL_SOMCTL_PATH) + " " + args + " >" + out + " 2>&1");
+    qel_test::ShellRun Somctl(const std::string& args) {
+        return qel_test::Shell("$SOMCTL " + args);
     }
     void StartReplay() {
-        const char* argv[] = {QEL_SOMD_PATH, "--replay", file.c_str(), nullptr};
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, 2, log.c_str(), O_WRONLY | O_CREAT, 0600);
-        posix_spawn(&replay, argv[0], &actions, nullptr, const_cast<char**>(argv), environ);
-        posix_spawn_file_actions_destroy(&actions);
-        for (int i = 0; i < 200 && access(root.Path("/run/som.sock").c_str(), F_OK) != 0; ++i)
-            usleep(20000);
+        replay = qel_test::SpawnSomd({"--replay", file}, &log);
+        qel_test::AwaitSocket(live.SocketPath());
     }
-    void Stop() {
-        if (replay > 0 && kill(replay, SIGTERM) == 0)
-            waitpid(replay, nullptr, 0);
+    // Its log on stderr.
+    std::string StopReplay() {
+        if (replay <= 0)
+            return "";
+        kill(replay, SIGTERM);
+        qel_test::WaitExit(replay, 10000);
         replay = -1;
+        return qel_test::ReadAll(log);
     }
 };
 
 TEST_F(ReplayTest, DemoRunReplaysByteForByte) {
-    ASSERT_EQ(Somctl("download-setting set ProxyPassword=hunter2 CacheServerPassword=swordfish"),
-              0);
+    ASSERT_EQ(
+        Somctl("download-setting set ProxyPassword=hunter2 CacheServerPassword=swordfish").code, 0);
     const std::string demo[] = {
         "status",
         "versions",
@@ -131,23 +127,32 @@ TEST_F(ReplayTest, DemoRunReplaysByteForByte) {
         "download-setting",
         "--app-key a authority take",
         "exec VELMORA_UpdateManager SetAutoDownloadSetting ProxyPassword=hunter2"};
-    std::vector<std::pair<int, std::string>> outcomes;
+    std::vector<qel_test::ShellRun> outcomes;
+    const std::string from = UtcNow();
     for (const std::string& args : demo) {
-        const int code = Somctl("record " + file + " -- " + args);
-        EXPECT_EQ(code, args.compare(0, 4, "exec") == 0 ? 5 : 0) << args;
-        outcomes.emplace_back(code, Slurp(out));
+        outcomes.push_back(Somctl("record " + file + " -- " + args));
+        EXPECT_EQ(outcomes.back().code, args.compare(0, 4, "exec") == 0 ? 5 : 0) << args;
     }
+    const std::string to = UtcNow();
     struct stat info;
     ASSERT_EQ(stat(file.c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0600u);
-    const std::string text = Slurp(file);
+    const std::string text = ReadFile(file);
     EXPECT_EQ(text.find("hunter2"), std::string::npos);
     EXPECT_EQ(text.find("swordfish"), std::string::npos);
     EXPECT_NE(text.find("\n  string;CacheServerPassword;********;"), std::string::npos);
+    // A recording that cannot be opened is traced, and the command still runs.
+    const auto unopened =
+        qel_test::Shell("QEL_TRACE=- QEL_RECORD=/nonexistent/x.rec $SOMCTL versions");
+    EXPECT_EQ(unopened.code, 0);
+    EXPECT_NE(unopened.output.find("cannot open /nonexistent/x.rec: No such file or directory"),
+              std::string::npos)
+        << unopened.output;
     // The live service has changed since: its setting reads differently.
-    ASSERT_EQ(Somctl("--app-key a download-setting set IsAutoSetting=true"), 0);
-    EXPECT_EQ(Somctl("replay-check " + file), 5);
-    EXPECT_NE(Slurp(out).find("GetAutoDownloadSetting: the reply differs"), std::string::npos);
+    ASSERT_EQ(Somctl("--app-key a download-setting set IsAutoSetting=true").code, 0);
+    const auto check = Somctl("replay-check " + file);
+    EXPECT_EQ(check.code, 5);
+    EXPECT_NE(check.output.find("GetAutoDownloadSetting: the reply differs"), std::string::npos);
     std::ofstream(file, std::ios::app)
         << "exchange - 300ms\nrequest 00000058cafefeedVELMORA_UpdateManager/Hang0000000000000000\n"
            "no-reply receive: timed out\nend\n";
@@ -156,8 +161,9 @@ TEST_F(ReplayTest, DemoRunReplaysByteForByte) {
     StartReplay();
     setenv("QEL_RECORD", again.c_str(), 1);
     for (std::size_t i = 0; i < outcomes.size(); ++i) {
-        EXPECT_EQ(Somctl(demo[i]), outcomes[i].first) << demo[i];
-        EXPECT_EQ(Slurp(out), outcomes[i].second);
+        const auto replayed = Somctl(demo[i]);
+        EXPECT_EQ(replayed.code, outcomes[i].code) << demo[i];
+        EXPECT_EQ(replayed.output, outcomes[i].output);
     }
     unsetenv("QEL_RECORD");
     const std::vector<rec::Exchange> first = rec::ReadRecordingFile(file);
@@ -166,29 +172,33 @@ TEST_F(ReplayTest, DemoRunReplaysByteForByte) {
     for (std::size_t i = 0; i < second.size(); ++i) {
         EXPECT_EQ(first[i].request, second[i].request) << i;
         EXPECT_EQ(first[i].reply, second[i].reply) << i;
+        EXPECT_TRUE(first[i].when >= from && first[i].when.substr(0, 19) <= to) << first[i].when;
     }
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(Somctl("exec VELMORA_UpdateManager Hang"), 4);
+    EXPECT_EQ(Somctl("exec VELMORA_UpdateManager Hang").code, 4);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
-    EXPECT_EQ(Somctl("plans --rollback"), 5);
-    EXPECT_NE(Slurp(out).find("0x8000a008"), std::string::npos);
-    Stop();
-    EXPECT_NE(
-        Slurp(log).find("GetUpdatePlans; nearest recorded request: line 42: "
-                        "VELMORA_UpdateManager/GetUpdatePlans, its body differs from byte 14"),
-        std::string::npos)
-        << Slurp(log);
+    const auto unrecorded = Somctl("plans --rollback");
+    EXPECT_EQ(unrecorded.code, 5);
+    EXPECT_NE(unrecorded.output.find("0x8000a008"), std::string::npos);
+    const std::string log = StopReplay();
+    EXPECT_NE(log.find("GetUpdatePlans; nearest recorded request: line 42: "
+                       "VELMORA_UpdateManager/GetUpdatePlans, its body differs from byte 14"),
+              std::string::npos)
+        << log;
 
     StartReplay();  // from the first record again
-    EXPECT_EQ(Somctl("replay-check " + file), 0) << Slurp(out);
-    EXPECT_NE(Slurp(out).find("skipped, carries a masked password"), std::string::npos);
-    Stop();
+    const auto recheck = Somctl("replay-check " + file);
+    EXPECT_EQ(recheck.code, 0) << recheck.output;
+    EXPECT_NE(recheck.output.find("skipped, carries a masked password"), std::string::npos);
+    StopReplay();
 
     std::ofstream(again, std::ios::trunc) << text.substr(0, text.size() - 4);  // no "end"
-    EXPECT_EQ(Shell(std::string(QEL_SOMD_PATH) + " --replay " + again + " 2>" + log), 1);
-    EXPECT_NE(Slurp(log).find(again + ":" + std::to_string(first[second.size() - 1].line) + ": "),
-              std::string::npos)
-        << Slurp(log);
+    const auto damaged = qel_test::Shell("$SOMD --replay " + again);
+    EXPECT_EQ(damaged.code, 1);
+    EXPECT_NE(
+        damaged.output.find(again + ":" + std::to_string(first[second.size() - 1].line) + ": "),
+        std::string::npos)
+        << damaged.output;
 }
 
 }  // namespace

@@ -1,13 +1,13 @@
 #include "somd_process.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -54,8 +54,7 @@ int WaitExit(pid_t pid, int ms) {
 std::string ReadAll(int fd) {
     std::string text;
     char chunk[4096];
-    ssize_t n;
-    while ((n = read(fd, chunk, sizeof chunk)) > 0)
+    for (ssize_t n; (n = read(fd, chunk, sizeof chunk)) > 0;)
         text.append(chunk, static_cast<std::size_t>(n));
     close(fd);
     return text;
@@ -75,6 +74,12 @@ int UnixSocket(const std::string& socketPath, int (*call)(int, const sockaddr*, 
     return -1;
 }
 
+std::vector<std::string> Options(const std::vector<std::string>& extra) {
+    std::vector<std::string> args{"--work-ms", "200"};
+    args.insert(args.end(), extra.begin(), extra.end());
+    return args;
+}
+
 }  // namespace
 
 int ConnectTo(const std::string& socketPath) {
@@ -83,6 +88,13 @@ int ConnectTo(const std::string& socketPath) {
 
 int BindTo(const std::string& socketPath) {
     return UnixSocket(socketPath, bind);
+}
+
+void AwaitSocket(const std::string& socketPath) {
+    int fd = -1;
+    for (int i = 0; i < 400 && (fd = ConnectTo(socketPath)) < 0; ++i)
+        usleep(10000);
+    close(fd);
 }
 
 std::string RawExchange(const std::string& socketPath, const std::string& bytes) {
@@ -99,41 +111,33 @@ std::string FileIdentity(const std::string& path) {
            "|" + std::to_string(info.st_mtim.tv_nsec);
 }
 
-SomdProcess::SomdProcess(const TempSysroot& root, int workMs) : root_(root), workMs_(workMs) {
-    const std::string command =
-        std::string("bash ") + QEL_SOURCE_DIR + "/scripts/make-sandbox.sh " + root.root();
-    if (std::system(command.c_str()) != 0)
+ShellRun Shell(const std::string& line) {
+    setenv("SOMCTL", QEL_SOMCTL_PATH, 1);
+    setenv("SOMD", QEL_SOMD_PATH, 1);
+    FILE* pipe = popen((line + " 2>&1").c_str(), "r");
+    const std::string output = ReadAll(dup(fileno(pipe)));
+    const int status = pclose(pipe);
+    return ShellRun{WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+}
+
+SomdProcess::SomdProcess(const TempSysroot& root) : root_(root) {
+    if (Shell("bash " QEL_SOURCE_DIR "/scripts/make-sandbox.sh " + root.root()).code != 0)
         throw std::runtime_error("make-sandbox failed");
     Start();
 }
 
-std::vector<std::string> SomdProcess::Options(const std::vector<std::string>& extra) const {
-    std::vector<std::string> args{"--work-ms", std::to_string(workMs_)};
-    args.insert(args.end(), extra.begin(), extra.end());
-    return args;
-}
-
 void SomdProcess::Start(const std::vector<std::string>& extra) {
     pid_ = SpawnSomd(Options(extra));
-    int fd = -1;
-    for (int i = 0; i < 400 && (fd = ConnectTo(SocketPath())) < 0; ++i)
-        usleep(10000);
-    close(fd);
+    AwaitSocket(SocketPath());
 }
 
-int SomdProcess::Stop() {
+int SomdProcess::Stop(int signal) {
     if (pid_ <= 0)
         return -1;
-    kill(pid_, SIGTERM);
+    kill(pid_, signal);
     const int status = WaitExit(pid_, 10000);
     pid_ = -1;
     return status;
-}
-
-void SomdProcess::Kill() {
-    if (pid_ > 0)
-        kill(pid_, SIGKILL);
-    Stop();
 }
 
 int SomdProcess::StartExpectingExit(std::string& message, const std::vector<std::string>& extra) {

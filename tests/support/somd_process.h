@@ -1,8 +1,9 @@
-// Real somd processes in a sandbox installation, and the raw socket helpers
-// that the tests of somd drive them with.
+// Real somd processes in a sandbox installation, and the raw socket and shell
+// helpers that the process-level tests drive them and somctl with.
 #ifndef QEL_TESTS_SUPPORT_SOMD_PROCESS_H
 #define QEL_TESTS_SUPPORT_SOMD_PROCESS_H
 
+#include <signal.h>
 #include <sys/types.h>
 
 #include <functional>
@@ -22,31 +23,38 @@ pid_t SpawnSomd(const std::vector<std::string>& args, int* errFd = nullptr,
 int WaitExit(pid_t pid, int ms);
 // Reads `fd` to its end and closes it.
 std::string ReadAll(int fd);
-// A client socket connected to `socketPath`, or -1.
+// A client socket connected to `socketPath` (a socket bound there), or -1.
 int ConnectTo(const std::string& socketPath);
-// A socket bound (not listening) at `socketPath`, or -1.
 int BindTo(const std::string& socketPath);
+// Waits up to 4 s until `socketPath` takes a connection.
+void AwaitSocket(const std::string& socketPath);
 // Sends `bytes`, shuts the sending side and returns all that comes back.
 std::string RawExchange(const std::string& socketPath, const std::string& bytes);
 // Content, inode, mode and time of change of `path` (not following a link):
 // equal when nothing touched it.
 std::string FileIdentity(const std::string& path);
 
+// A shell line run with $SOMCTL and $SOMD naming the binaries under test: its
+// exit code (-1 for a signal), and its standard output and error together.
+struct ShellRun {
+    int code;
+    std::string output;
+};
+ShellRun Shell(const std::string& line);
+
 class SomdProcess {
   public:
     // Lays out the default scenario under `root` (QEL_SYSROOT) and starts
-    // somd with `workMs` per bulk run.
-    explicit SomdProcess(const TempSysroot& root, int workMs = 200);
+    // somd with 200 ms per bulk run.
+    explicit SomdProcess(const TempSysroot& root);
     ~SomdProcess() { Stop(); }
     SomdProcess(const SomdProcess&) = delete;
     SomdProcess& operator=(const SomdProcess&) = delete;
 
     // Starts somd with `extra` options and waits until it accepts.
     void Start(const std::vector<std::string>& extra = {});
-    // SIGTERM and wait; the exit status (-1 when a signal ended it).
-    int Stop();
-    // SIGKILL and wait.
-    void Kill();
+    // Sends `signal` and waits: the exit status (-1 when a signal ended it).
+    int Stop(int signal = SIGTERM);
     // Starts a somd that is expected to refuse to start: its exit status
     // (-1 when it still ran after 3 s), its stderr in `message`.
     int StartExpectingExit(std::string& message, const std::vector<std::string>& extra = {});
@@ -55,10 +63,7 @@ class SomdProcess {
     std::string SocketPath() const { return root_.Path("/run/som.sock"); }
 
   private:
-    std::vector<std::string> Options(const std::vector<std::string>& extra) const;
-
     const TempSysroot& root_;
-    int workMs_;
     pid_t pid_ = -1;
 };
 

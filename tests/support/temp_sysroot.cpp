@@ -17,11 +17,6 @@ void MakeDirectories(const std::string& path) {
     fs::create_directories(path, ignored);
 }
 
-void RemoveTree(const std::string& path) {
-    std::error_code ignored;
-    fs::remove_all(path, ignored);
-}
-
 int OpenDescriptorCount(const std::string& process) {
     const fs::path fds = "/proc/" + process + "/fd";
     return static_cast<int>(std::distance(fs::directory_iterator(fds), fs::directory_iterator()));
@@ -46,7 +41,8 @@ TempSysroot::~TempSysroot() {
     } else {
         unsetenv("QEL_SYSROOT");
     }
-    RemoveTree(root_);
+    std::error_code ignored;
+    fs::remove_all(root_, ignored);
 }
 
 void TempSysroot::WriteFile(const std::string& suitePath, const std::string& content,

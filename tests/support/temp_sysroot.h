@@ -31,8 +31,6 @@ class TempSysroot {
 
 // Creates every directory of `path` (like mkdir -p).
 void MakeDirectories(const std::string& path);
-// Removes a directory tree.
-void RemoveTree(const std::string& path);
 // Counts the open file descriptors of a process (its pid, or "self": then
 // the listing's own descriptor is counted too).
 int OpenDescriptorCount(const std::string& process = "self");
