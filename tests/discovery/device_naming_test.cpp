@@ -35,24 +35,22 @@ class DeviceNamingTest : public ::testing::Test {
 
 TEST_F(DeviceNamingTest, DatabaseRules) {
     qel_test::TraceRecorder traces;
-    EXPECT_EQ(Named("PCIROOT-8086-10D3-00"), "old vendor | old name");
+    EXPECT_EQ(Named("PCIROOT-8086-10D3-00"), "old vendor | old name");  // no database
     EXPECT_TRUE(traces.Contains(
         "[ENTER] void CSomIf::GetDeviceName(CVelmora_DeviceInfo&) PCIROOT-8086-10D3-00"));
     EXPECT_TRUE(traces.Contains("void CSomIf::GetDeviceName(CVelmora_DeviceInfo&) " +
                                 root.Path(kDatabase) + " file open failed (2)"));
     root.WriteFile(kDatabase, qel_test::TestData("small-pci.ids"));
-    const std::string intel = "Intel Corporation | 82574L Gigabit Network Connection";
+    const std::string intel = "Intel Corporation | 82574L Gigabit Network Connection",
+                      old = "old vendor | old name";
+    // clang-format off
     const std::pair<const char*, std::string> cases[] = {
-        {"PCIROOT-8086-10D3-00", intel},
-        {"PCIROOT-8086-10d3", intel},
+        {"PCIROOT-8086-10D3-00", intel}, {"PCIROOT-8086-10d3", intel},
         {"PCIROOT-8086-10D4-00", "Intel Corporation | old name"},  // only a subsystem
         {"PCIROOT-8086-10D5-00", "Intel Corporation | No line end"},
-        {"PCIROOT-abcd-10D3-00", "old vendor | old name"},  // unknown vendor
-        {"Bmc", "Provider Vendor | BMC"},
-        {"SYSTEM", "Provider Vendor | BIOS/EFI"},
-        {"PCI-8086", "old vendor | old name"},  // too short to look up
-        {"-", "old vendor | old name"},
-    };
+        {"PCIROOT-abcd-10D3-00", old}, {"PCI-8086", old}, {"-", old},  // unknown, too short
+        {"Bmc", "Provider Vendor | BMC"}, {"SYSTEM", "Provider Vendor | BIOS/EFI"}};
+    // clang-format on
     for (const auto& c : cases)
         EXPECT_EQ(Named(c.first), c.second) << c.first;
     EXPECT_EQ(som.GetVendorName("8086  Intel Corporation\n") + "|" + som.GetVendorName("8086") +
@@ -73,9 +71,10 @@ TEST_F(DeviceNamingTest, DatabaseRules) {
 // time gives, traces included: on the host's database, on a tricky one and
 // with none at all.
 TEST_F(DeviceNamingTest, BatchNamingMatchesSingleLookups) {
-    std::vector<std::string> ids = {
-        "PCIROOT-8086-FFFF-0000", "PCIROOT-ffff-10FB-0000", "Bmc", "PCI-1",
-        "PCIROOT-8086-10d3-00",   "PCIROOT-8086-10D4-00"};
+    // clang-format off
+    std::vector<std::string> ids = {"PCIROOT-8086-FFFF-0000", "PCIROOT-ffff-10FB-0000", "Bmc",
+        "PCI-1", "PCIROOT-8086-10d3-00", "PCIROOT-8086-10D4-00"};
+    // clang-format on
     std::ifstream db(kDatabase);
     std::string line, vendor;
     for (int n = 0; std::getline(db, line) && ids.size() < 120; ++n) {
@@ -90,16 +89,16 @@ TEST_F(DeviceNamingTest, BatchNamingMatchesSingleLookups) {
         root.RemoveFile(kDatabase);
         if (std::string(database) == "small")
             root.WriteFile(kDatabase, qel_test::TestData("small-pci.ids"));
-        qel_test::TraceRecorder traces;
-        std::vector<std::string> single;
-        for (const std::string& id : ids)
-            single.push_back(Named(id));
-        const std::vector<std::string> singleTraces = traces.Texts();
-        traces.Clear();
-        qel::discovery::DeviceNamer namer("naming", /*batch=*/true);
-        for (std::size_t i = 0; i < ids.size(); ++i)
-            ASSERT_EQ(Named(ids[i], &namer), single[i]) << database << " " << ids[i];
-        EXPECT_EQ(traces.Texts(), singleTraces) << database;
+        std::vector<std::string> names[2], traceTexts[2];
+        for (bool batch : {false, true}) {
+            qel_test::TraceRecorder traces;
+            qel::discovery::DeviceNamer namer("naming", batch);
+            for (const std::string& id : ids)
+                names[batch].push_back(Named(id, batch ? &namer : nullptr));
+            traceTexts[batch] = traces.Texts();
+        }
+        EXPECT_EQ(names[1], names[0]) << database;
+        EXPECT_EQ(traceTexts[1], traceTexts[0]) << database;
     }
 }
 

@@ -24,12 +24,10 @@ inline nlohmann::ordered_json SplitJoined(const std::string& text) {
     return list;
 }
 
-template <class T>
+// Stores the value into `out` when it holds one of the types T.
+template <class... T>
 bool Scalar(const boost::any& value, nlohmann::ordered_json& out) {
-    const T* scalar = boost::any_cast<T>(&value);
-    if (scalar != nullptr)
-        out = *scalar;
-    return scalar != nullptr;
+    return ((boost::any_cast<T>(&value) && (out = *boost::any_cast<T>(&value), true)) || ...);
 }
 
 inline nlohmann::ordered_json ObjectJson(const IWbemClassObject& obj,
@@ -53,8 +51,7 @@ inline nlohmann::ordered_json ObjectJson(const IWbemClassObject& obj,
             out = list(*vec);
         else if (const auto* ptr = boost::any_cast<Objects*>(&v))
             out = *ptr ? list(**ptr) : nullptr;
-        else if (!Scalar<int>(v, out) && !Scalar<long>(v, out) && !Scalar<unsigned long>(v, out) &&
-                 !Scalar<bool>(v, out) && !Scalar<std::vector<std::string>>(v, out))
+        else if (!Scalar<int, long, unsigned long, bool, std::vector<std::string>>(v, out))
             out = "?";
     }
     return json;

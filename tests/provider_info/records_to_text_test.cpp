@@ -35,17 +35,16 @@ TEST(RecordsToTextTest, ProvidersAreWrittenByteExact) {
         R"({"VendorName":"N","UniqueName":"U0","DeviceId":"8086:10fb","DeviceName":"D",)"
         R"("DeviceVendorName":"DV","HardwareVersion":"01","ExtendedInfo":["a","b"]})"));
     tool["VendorName"] = "TV";
-    nlohmann::json tools = {{"ProviderName", "T"},
-                            {"ProviderVendorName", "W"},
-                            {"ProviderVersion", "2"},
-                            {"ToolInfo", {tool, tool}}};
+    nlohmann::json tools = nlohmann::json::parse(
+        R"({"ProviderName":"T","ProviderVendorName":"W","ProviderVersion":"2"})");
+    tools["ToolInfo"] = nlohmann::json::array({tool, tool});
     tools["ToolInfo"][1].update({{"UniqueName", "t;1"}, {"ExtendedInfo", {"mode=service"}}});
     EXPECT_EQ(Text<CVelmora_DevProviderManageInfo>(nlohmann::json::object()),
               "string;ProviderName;;string;ProviderVendorName;;string;ProviderVersion;;");
-    EXPECT_EQ(Text<CVelmora_DevProviderManageInfo>({{"ProviderName", "P"},
-                                                    {"ProviderVendorName", "V"},
-                                                    {"ProviderVersion", "1.0"},
-                                                    {"DeviceInfo", {device}}}),
+    nlohmann::json devices = nlohmann::json::parse(
+        R"({"ProviderName":"P","ProviderVendorName":"V","ProviderVersion":"1.0"})");
+    devices["DeviceInfo"] = nlohmann::json::array({device});
+    EXPECT_EQ(Text<CVelmora_DevProviderManageInfo>(devices),
               "string;ProviderName;P;string;ProviderVendorName;V;string;ProviderVersion;1.0;"
               "string;DeviceInfo[0]/VendorName;N;string;DeviceInfo[0]/UniqueName;U0;"
               "string;DeviceInfo[0]/DeviceId;8086:10fb;string;DeviceInfo[0]/DeviceName;D;"
@@ -64,11 +63,9 @@ TEST(RecordsToTextTest, ProvidersAreWrittenByteExact) {
 }
 
 TEST(RecordsToTextTest, RepositoryAndDependencyItems) {
-    nlohmann::json entry = {{"ApplyKind", "Online"},
-                            {"DisplayName", "x;y"},
-                            {"Priority", -4},
-                            {"Recovery", true},
-                            {"ModuleFileName", {"m.bin"}}};
+    nlohmann::json entry = nlohmann::json::parse(
+        R"({"ApplyKind":"Online","DisplayName":"x;y","Priority":-4,"Recovery":true,)"
+        R"("ModuleFileName":["m.bin"]})");
     entry["DependencyInfoOther"] = {qel_test::SampleDependency("d")};
     std::string text = "keep;";
     CProviderManageInfo("w").getRepositoryInfo(entry.get<CVelmora_ManageRepositoryInfo>(), 3, text);

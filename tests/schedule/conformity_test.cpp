@@ -36,23 +36,24 @@ class ConformityTest : public ::testing::Test {
 
 // Lists and inputs give whole trees, blocks in any order.
 TEST_F(ConformityTest, EntriesGiveWholeTrees) {
-    const Decoder list = &CUpDownSchedule::toObject2;
-    const Decoder input = static_cast<Decoder>(&CUpDownSchedule::toObject);
-    const std::string attr = R"("AttrInfo":{"HardwareVersion":"H","Priority":2})";
-    const std::string link = R"("LinkInfo":{"Recovery":true})";
-    const std::string files =
-        R"("FileInfo":[{"Kind":"k","Url":"u","PhysiName":"f","Md5Hash":"h"}]}}]})";
-    const std::string listTree = R"({"UpdateModuleConformityList":[)" + kEntryTree;
-    const std::string inputText = "string;AppKey;k;string;CheckUpdateModuleConformityInput;;";
+    const Decoder list = &CUpDownSchedule::toObject2,
+                  input = static_cast<Decoder>(&CUpDownSchedule::toObject);
+    const std::string
+        attr = R"("AttrInfo":{"HardwareVersion":"H","Priority":2})",
+        link = R"("LinkInfo":{"Recovery":true})",
+        files = R"("FileInfo":[{"Kind":"k","Url":"u","PhysiName":"f","Md5Hash":"h"}]}}]})",
+        listTree = R"({"UpdateModuleConformityList":[)" + kEntryTree,
+        inputTag = "string;CheckUpdateModuleConformityInput;;";
+    // clang-format off
     const std::tuple<Decoder, std::string, std::string> cases[] = {
         {list, kList + std::string(kEntry) + kAttr + kLink + kFiles,
          listTree + attr + "," + link + "," + files},
         {list, kList + std::string(kEntry) + kLink + kAttr, listTree + link + "," + attr + "}}]}"},
-        {input, std::string("string;CheckUpdateModuleConformityInput;;") + kEntry, "{}"},
+        {input, inputTag + kEntry, "{}"},
         {input, "string;AppKey;k;", R"({"AppKey":"k","CheckUpdateModuleConformityInput":[]})"},
-        {input, inputText + kEntry + kFiles,
-         R"({"AppKey":"k","CheckUpdateModuleConformityInput":[)" + kEntryTree + files},
-    };
+        {input, "string;AppKey;k;" + inputTag + kEntry + kFiles,
+         R"({"AppKey":"k","CheckUpdateModuleConformityInput":[)" + kEntryTree + files}};
+    // clang-format on
     for (const auto& c : cases) {
         TextBuffer buffer(std::get<1>(c));
         IWbemClassObject obj;

@@ -23,9 +23,14 @@ TEST(ListReadersTest, PlansReadEveryFieldAndSkipMissingOnesInPlace) {
     CVersionUpLog codec("lists");
     std::string noPriority = kPlan;
     noPriority.erase(noPriority.find("int;UpdatePriority;3;"), 21);
-    TextBuffer body("class[];UpdatePlansList;;" + kPlan + noPriority);
+    TextBuffer body("class[];UpdatePlansList;;" + kPlan + noPriority),
+        versions(
+            "string;QelVersionInfoList;;string;GroupName;core;string;FileVersion;2.0;"
+            "string;GroupName;ui;string;FileName;ui.so;string;FileVersion;2.1;");
     std::vector<CVELMORA_UpdatePlans> plans;
+    std::vector<CVELMORA_QelVersionInfo> list;
     codec.toObject(body.get(), plans);
+    codec.toObject(versions.get(), list);
     nlohmann::json plan = nlohmann::json::parse(
         R"({"ProviderName":"nic","VendorName":"Velmora","UniqueName":"nic-fw",)"
         R"("DeviceId":"PCIROOT-8086-10FB","ModuleKind":"Firmware","UpdatePriority":3,)"
@@ -34,11 +39,6 @@ TEST(ListReadersTest, PlansReadEveryFieldAndSkipMissingOnesInPlace) {
     nlohmann::json missing = plan;
     missing["UpdatePriority"] = 0;  // and the later fields still read
     EXPECT_EQ(nlohmann::json(plans), nlohmann::json({plan, missing}));
-    TextBuffer versions(
-        "string;QelVersionInfoList;;string;GroupName;core;string;FileVersion;2.0;"
-        "string;GroupName;ui;string;FileName;ui.so;string;FileVersion;2.1;");
-    std::vector<CVELMORA_QelVersionInfo> list;
-    codec.toObject(versions.get(), list);
     EXPECT_EQ(nlohmann::json(list).dump(),
               R"([{"FileName":"","FileVersion":"2.0","GroupName":"core"},)"
               R"({"FileName":"ui.so","FileVersion":"2.1","GroupName":"ui"}])");
@@ -46,13 +46,11 @@ TEST(ListReadersTest, PlansReadEveryFieldAndSkipMissingOnesInPlace) {
 
 TEST(ListReadersTest, ListBoundaries) {
     // No header; a renamed first field ends the list; a cut record still counts.
-    const std::pair<std::string, std::size_t> cases[] = {
-        {"string;VersionUpdateLogList;;", 0},
-        {kLog + kLog, 2},
-        {kLog + "string;ProviderNameX;n;" + kLog, 1},
-        {kLog + kLog.substr(0, 60), 2},
-        {"", 0},
-        {"garbage", 0}};
+    // clang-format off
+    const std::pair<std::string, std::size_t> cases[] = {{"string;VersionUpdateLogList;;", 0},
+        {kLog + kLog, 2}, {kLog + "string;ProviderNameX;n;" + kLog, 1},
+        {kLog + kLog.substr(0, 60), 2}, {"", 0}, {"garbage", 0}};
+    // clang-format on
     CVersionUpLog codec("lists");
     for (const auto& c : cases) {
         TextBuffer body(c.first);
