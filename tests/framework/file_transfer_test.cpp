@@ -60,6 +60,8 @@ TEST_F(FileTransferTest, RepliesAreStoredCutOrReadToTheClose) {
         {Action::Raw(reply), 256, reply},
         {Action::Answer(big), 64, FakeSomService::ReplyText("C", "M", 0, big).substr(0, 63)},
         {Action::Answer(big), 200000, FakeSomService::ReplyText("C", "M", 0, big)},
+        // The header read takes 35 + 4096 bytes and leaves room for one more.
+        {Action::Answer(big), 4133, FakeSomService::ReplyText("C", "M", 0, big).substr(0, 4132)},
         {Action::Answer("next"), 256, kHeader.substr(0, 27) + "00000004next"},
         {Action::Raw(noLength + std::string(9000, 'u')), 256,
          (noLength + std::string(9000, 'u')).substr(0, 255)},
@@ -72,6 +74,8 @@ TEST_F(FileTransferTest, RepliesAreStoredCutOrReadToTheClose) {
     };
     for (const auto& c : cases)
         EXPECT_EQ(Exchange(service, c.action, c.bufferSize), c.stored) << c.stored.substr(0, 40);
+    EXPECT_EQ(reused.Exchange(kHeader, 35, 0), 0);  // no room at all: the reply is drained
+    EXPECT_STREQ(reused.ReplyBytes(), "");
     CFileTransfer transfer("t", kConfig);
     EXPECT_EQ(transfer.SendMessage("00000035cafefeedC/M0000000000000003abc"), 38);
     char buffer[64];

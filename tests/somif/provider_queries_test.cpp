@@ -1,6 +1,7 @@
 // Provider and plan queries end to end: typed (with naming) and WBEM forms.
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 
 #include "CSomIf.h"
@@ -87,14 +88,21 @@ TEST_F(ProviderQueriesTest, WbemQueriesDecodeOnlyWhenNotNegative) {
     std::unique_ptr<IWbemClassObject> owned(out);
     EXPECT_EQ((*out->GetAs<Objects*>("UpdatePlansList"))->size(), 1u);
     EXPECT_EQ(out->Get("ReturnValue"), nullptr);
-    service.Push(
-        Action::Answer("string;UpdateModuleConformityList;;string;ProviderName;P;string;"
-                       "VendorName;V;string;UpdateModuleKind;K;class;ModuleInfo;;",
-                       0x00000003u));
+    service.Push(Action::Answer(
+        "string;UpdateModuleConformityList;;string;ProviderName;P;string;VendorName;V;string;"
+        "UpdateModuleKind;K;class;ModuleInfo;;class;DepoInfo;;class[];ShareInfo;;string;"
+        "ProviderName;R;string;UpperVendorVersion;1;class[];SimuInfo;;string;ProviderName;S;",
+        0x00000003u));
     IWbemClassObject mine;
     IWbemClassObject* minePtr = &mine;
+    qel_test::TraceRecorder traces;
     EXPECT_EQ(som.CheckUpdateModuleConformity("C", nullptr, &minePtr), 3);  // positive: decoded
     EXPECT_EQ(mine.GetAs<Objects>("UpdateModuleConformityList")->size(), 1u);
+    std::map<std::string, int> open;  // every step of the decoding leaves
+    for (const std::string& t : traces.Texts())
+        open[t.substr(8, t.rfind(')') - 7)] += t[1] == 'E' ? 1 : t[1] == 'L' ? -1 : 0;
+    for (const auto& o : open)
+        EXPECT_EQ(o.second, 0) << o.first;
     service.Push(Action::Answer(DeviceReply()));
     IWbemClassObject* tree = nullptr;
     EXPECT_EQ(som.GetProviderManageInfo("VELMORA_NicProvider", &in, &tree), 0);
