@@ -1,6 +1,8 @@
 // Array paths, string-array readers and single items.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "CSerializedMsg.h"
 #include "support/text_buffer.h"
 #include "support/trace_recorder.h"
@@ -70,20 +72,15 @@ TEST(ArraysTest, WholeBodyReaders) {
 
 TEST(ArraysTest, FirstItemAsTextOrFlag) {
     CSerializedMsg codec("arr");
-    struct Case {
-        const char* text;
-        const char* string;
-        bool flag;
-    };
     // clang-format off
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, bool> cases[] = {
         {"string;AppKey;k%!@1;", "k;1", false}, {"bool;Rollback;1;", "1", true}, {"", "", false},
         {"bool;Rollback;true;", "true", false}, {"bool;Rollback;1", "", false},
         {"bool;Rollback;10;", "10", false}};
     // clang-format on
-    for (const Case& c : cases) {
-        EXPECT_EQ(codec.getString(c.text), c.string) << c.text;
-        EXPECT_EQ(codec.getBool(c.text), c.flag) << c.text;
+    for (const auto& c : cases) {
+        EXPECT_EQ(codec.getString(std::get<0>(c)), std::get<1>(c)) << std::get<0>(c);
+        EXPECT_EQ(codec.getBool(std::get<0>(c)), std::get<2>(c)) << std::get<0>(c);
     }
     EXPECT_EQ(codec.getString(nullptr), "");
     EXPECT_FALSE(codec.getBool(nullptr));
