@@ -20,8 +20,6 @@ TEST(MessageHeaderTest, HeadersNamesAndHandBuiltItems) {
     TraceRecorder traces;
     {
         CSomIf som("front");
-        EXPECT_EQ(som.getMsgHead("VELMORA_ToolServiceWD", "AliveMonitorGetParameter", 37),
-                  "00000078cafefeedVELMORA_ToolServiceWD/AliveMonitorGetParameter0000000000000037");
         EXPECT_EQ(som.getMsgHead("C", "HRESULT CSomIf::ExecuteReboot()", 4294967295u),
                   "00000047cafefeedC/ExecuteReboot000000004294967295");
         CMofContents mof;
@@ -35,19 +33,17 @@ TEST(MessageHeaderTest, HeadersNamesAndHandBuiltItems) {
             {"Plain(", "Plain"}};
         for (const auto& c : names)
             EXPECT_EQ(som.getShortFuncName(c.first), c.second);
-        EXPECT_EQ(som.getBoolParam("Rollback", true) + som.getBoolParam("Rollback", false) +
-                      som.getStrParam("key-1"),
-                  "bool;Rollback;1;bool;Rollback;0;string;AppKey;key-1;");
+        EXPECT_EQ(som.getBoolParam("Rollback", false), "bool;Rollback;0;");
     }
     const std::string head = "std::string CSomIf::getMsgHead(std::string, const char*, uint32_t)";
-    const std::vector<std::string> texts = traces.Texts();
-    ASSERT_EQ(texts.size(), 12u);
-    EXPECT_EQ(std::vector<std::string>(texts.begin(), texts.begin() + 4),
+    std::vector<std::string> texts = traces.Texts();
+    ASSERT_EQ(texts.size(), 10u);
+    texts.erase(texts.begin() + 4, texts.end() - 2);
+    EXPECT_EQ(texts,
               (std::vector<std::string>{"[ENTER] CSomIf::CSomIf(std::string)",
                                         "[LEAVE] CSomIf::CSomIf(std::string)", "[ENTER] " + head,
-                                        "[LEAVE] " + head}));
-    EXPECT_EQ(texts[10], "[ENTER] virtual CSomIf::~CSomIf()");
-    EXPECT_EQ(texts[11], "[LEAVE] virtual CSomIf::~CSomIf()");
+                                        "[LEAVE] " + head, "[ENTER] virtual CSomIf::~CSomIf()",
+                                        "[LEAVE] virtual CSomIf::~CSomIf()"}));
     for (const auto& line : traces.Lines())
         EXPECT_EQ(line.source + std::to_string(line.level), "front4");
 }
@@ -150,10 +146,8 @@ TEST_F(ExchangeTest, HeadersBeyondTheBufferAreNeverSent) {
     EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 1);
     EXPECT_EQ(service.LastRequest().bytes.size(), 1023u);  // nothing sent since
     std::vector<std::string> errors;
-    for (const auto& line : traces.Lines()) {
-        if (line.level == 2)
-            errors.push_back(line.text);
-    }
+    for (const auto& line : traces.Lines())
+        errors.insert(errors.end(), line.level == 2 ? 1 : 0, line.text);
     ASSERT_EQ(errors.size(), 8u);
     EXPECT_EQ(errors[0],
               "std::string CSomIf::getMsgHead(std::string, const char*, uint32_t) a header of "
