@@ -26,9 +26,6 @@ class QEL_SOMIF_API CVersionUpLog : public CSerializedMsg {
     void toObject(char* body, std::vector<CVELMORA_QelVersionInfo>& list);
     void toObject(char* body, std::vector<CVELMORA_UpdatePlans>& list);
     void toObject(char* body, std::vector<CVELMORA_VersionUpdateLog>& list);
-
-  private:
-    std::string m_traceName;
 };
 
 #endif  // QEL_CVERSIONUPLOG_H

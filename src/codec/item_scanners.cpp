@@ -29,29 +29,15 @@ char* CSerializedMsg::getItem(char* pos, std::string& type, std::string& name, i
 }
 
 char* CSerializedMsg::compareItem(char* pos, const char* key, std::string& value) {
-    return qel::CompareOne(
-        pos, key, [&](const qel::ItemView& item) { item.AssignValue(value); },
-        [&] { value.clear(); });
+    return qel::ReadItem(pos, key, value);
 }
 
 char* CSerializedMsg::compareItem(char* pos, const char* key, bool& value) {
-    value = false;
-    return qel::CompareOne(
-        pos, key,
-        [&](const qel::ItemView& item) {
-            value = item.ValueEquals(qel::item::kTrue, sizeof qel::item::kTrue - 1);
-        },
-        [] {});
+    return qel::ReadItem(pos, key, value);
 }
 
 char* CSerializedMsg::compareItem(char* pos, const char* key, int& value) {
-    char* next = qel::CompareOne(
-        pos, key,
-        [&](const qel::ItemView& item) { value = static_cast<int>(qel::ParseDecimal(item)); },
-        [] {});
-    if (next == pos && pos != nullptr)
-        value = 0;  // another item: the number of an empty value
-    return next;
+    return qel::ReadItem(pos, key, value);
 }
 
 char* CSerializedMsg::compareItem(char* pos, const char* key, IWbemClassObject& obj) {

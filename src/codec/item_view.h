@@ -15,6 +15,10 @@
 
 #include "QelItemText.h"
 
+// Forces the item readers inline into readers with literal keys, so that the
+// keys' lengths and bytes are known at compile time there.
+#define QEL_INLINE_READER inline __attribute__((always_inline))
+
 namespace qel {
 
 // A view of one item in a NUL-terminated body. `fields` counts how many of
@@ -111,7 +115,7 @@ struct KeyMatch {
     std::size_t length;
 };
 
-inline KeyMatch PathKey(const char* key) {
+QEL_INLINE_READER KeyMatch PathKey(const char* key) {
     const char* slash = std::strrchr(key, item::kPathSeparator);
     const char* last = slash != nullptr ? slash + 1 : key;
     return KeyMatch{last, std::strlen(last)};
@@ -161,9 +165,41 @@ inline long ParseDecimal(const ItemView& item) {
 
 enum class ItemMatch { kUnreadable, kOtherName, kMatched };
 
+// Whether `text` starts with the name `key` closed by ";". Stops at the
+// first byte that differs, so never reads past the body's NUL; a key that
+// holds a ";" never matches (an item's name cannot hold one).
+QEL_INLINE_READER bool StartsWithName(const char* text, const KeyMatch& key) {
+    for (std::size_t i = 0; i < key.length; ++i) {
+        if (text[i] != key.text[i] || text[i] == item::kFieldEnd)
+            return false;
+    }
+    return key.length != 0 && text[key.length] == item::kFieldEnd;
+}
+
 // Reads exactly one item at `pos` (not null) into `item` and matches its name
 // against `key`. A matched item may be incomplete: its value never closed.
-inline ItemMatch MatchOne(char* pos, const KeyMatch& key, ItemView& item) {
+// The expected name is compared in place, so a matching item's name is never
+// searched for its ";"; any other item is scanned whole to tell an other
+// name from an unreadable item.
+QEL_INLINE_READER ItemMatch MatchOne(char* pos, const KeyMatch& key, ItemView& item) {
+    char* tagEnd = std::strchr(pos, item::kFieldEnd);
+    if (tagEnd != nullptr && StartsWithName(tagEnd + 1, key)) {
+        item.tag = pos;
+        item.tagLength = static_cast<std::size_t>(tagEnd - pos);
+        item.name = tagEnd + 1;
+        item.nameLength = key.length;
+        char* value = tagEnd + 1 + key.length + 1;
+        item.value = value;
+        char* end = std::strchr(value, item::kFieldEnd);
+        if (end == nullptr) {
+            item.fields = 2;
+            return ItemMatch::kMatched;
+        }
+        item.valueLength = static_cast<std::size_t>(end - value);
+        item.fields = 3;
+        item.next = end + 1;
+        return ItemMatch::kMatched;
+    }
     ScanItem(pos, item);
     if (item.fields < 2 || item.nameLength == 0)
         return ItemMatch::kUnreadable;
@@ -175,7 +211,7 @@ inline ItemMatch MatchOne(char* pos, const KeyMatch& key, ItemView& item) {
 // `matched`; a matched item whose value never closed gives `unclosed()`
 // and null, which ends every reading chain.
 template <class Matched, class Unclosed>
-char* CompareOne(char* pos, const char* key, Matched matched, Unclosed unclosed) {
+QEL_INLINE_READER char* CompareOne(char* pos, const char* key, Matched matched, Unclosed unclosed) {
     if (pos == nullptr)
         return nullptr;
     ItemView item;
@@ -193,6 +229,33 @@ char* CompareOne(char* pos, const char* key, Matched matched, Unclosed unclosed)
     }
     matched(item);
     return item.next;
+}
+
+// compareItem for each kind of field, inline so that readers with literal
+// keys have them measured at compile time. A string item whose value never
+// closed empties the value; a number is 0 when the item has another name.
+QEL_INLINE_READER char* ReadItem(char* pos, const char* key, std::string& value) {
+    return CompareOne(
+        pos, key, [&](const ItemView& item) { item.AssignValue(value); }, [&] { value.clear(); });
+}
+
+QEL_INLINE_READER char* ReadItem(char* pos, const char* key, bool& value) {
+    value = false;
+    return CompareOne(
+        pos, key,
+        [&](const ItemView& item) {
+            value = item.ValueEquals(item::kTrue, sizeof item::kTrue - 1);
+        },
+        [] {});
+}
+
+QEL_INLINE_READER char* ReadItem(char* pos, const char* key, int& value) {
+    char* next = CompareOne(
+        pos, key, [&](const ItemView& item) { value = static_cast<int>(ParseDecimal(item)); },
+        [] {});
+    if (next == pos && pos != nullptr)
+        value = 0;  // another item: the number of an empty value
+    return next;
 }
 
 // The rules by which the array readers split a "!#"-joined value.

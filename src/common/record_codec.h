@@ -28,21 +28,24 @@ class ItemWriter {
 };
 
 // Reads one item per field, each at the position the previous read returned
-// (compareItem: a missing item is skipped without moving on).
+// (compareItem: a missing item is skipped without moving on). The reads are
+// inline, so the field names of record_fields.h are measured at compile time.
 class ChainReader {
   public:
-    ChainReader(CSerializedMsg& codec, char* pos) : codec_(codec), pos_(pos) {}
-    void String(const char* name, std::string& value) {
-        pos_ = codec_.compareItem(pos_, name, value);
+    explicit ChainReader(char* pos) : pos_(pos) {}
+    QEL_INLINE_READER void String(const char* name, std::string& value) {
+        pos_ = ReadItem(pos_, name, value);
     }
-    void Int(const char* name, int& value) { pos_ = codec_.compareItem(pos_, name, value); }
+    QEL_INLINE_READER void Int(const char* name, int& value) { pos_ = ReadItem(pos_, name, value); }
     // The number is stored into the unsigned field as its 32-bit pattern.
-    void UInt(const char* name, unsigned int& value) {
+    QEL_INLINE_READER void UInt(const char* name, unsigned int& value) {
         int number = static_cast<int>(value);
-        pos_ = codec_.compareItem(pos_, name, number);
+        pos_ = ReadItem(pos_, name, number);
         value = static_cast<unsigned int>(number);
     }
-    void Bool(const char* name, bool& value) { pos_ = codec_.compareItem(pos_, name, value); }
+    QEL_INLINE_READER void Bool(const char* name, bool& value) {
+        pos_ = ReadItem(pos_, name, value);
+    }
     // Reads an item whose value is not kept (a section's "class" item).
     ChainReader& Skip(const char* name) {
         pos_ = CompareOne(
@@ -52,7 +55,6 @@ class ChainReader {
     char* pos() const { return pos_; }
 
   private:
-    CSerializedMsg& codec_;
     char* pos_;
 };
 

@@ -15,6 +15,7 @@
 #include "ProviderManageRecords.h"
 #include "ScheduleRecords.h"
 #include "VersionListRecords.h"
+#include "protocol.h"
 
 namespace qel {
 
@@ -221,15 +222,15 @@ inline const char* SectionName(const CVelmora_PriorityUpdateParam&) {
     return "Velmora_PriorityUpdateParam";
 }
 
-// Header item names of the list bodies.
+// Header item names of the list bodies (named in protocol.h).
 inline const char* ListHeader(const CVELMORA_QelVersionInfo&) {
-    return "QelVersionInfoList";
+    return protocol::kQelVersionList;
 }
 inline const char* ListHeader(const CVELMORA_UpdatePlans&) {
-    return "UpdatePlansList";
+    return protocol::kUpdatePlansList;
 }
 inline const char* ListHeader(const CVELMORA_VersionUpdateLog&) {
-    return "VersionUpdateLogList";
+    return protocol::kVersionUpdateLogList;
 }
 
 }  // namespace qel

@@ -14,16 +14,16 @@ using namespace qel::pm;
 class ElementCursor {
   public:
     ElementCursor(CSerializedMsg& codec, char* pos) : codec_(codec), pos_(pos) {}
-    ElementCursor& String(const char* name, std::string& value) {
-        pos_ = codec_.compareItem(pos_, name, value);
+    QEL_INLINE_READER ElementCursor& String(const char* name, std::string& value) {
+        pos_ = qel::ReadItem(pos_, name, value);
         return *this;
     }
-    ElementCursor& Int(const char* name, int& value) {
-        pos_ = codec_.compareItem(pos_, name, value);
+    QEL_INLINE_READER ElementCursor& Int(const char* name, int& value) {
+        pos_ = qel::ReadItem(pos_, name, value);
         return *this;
     }
-    ElementCursor& Bool(const char* name, bool& value) {
-        pos_ = codec_.compareItem(pos_, name, value);
+    QEL_INLINE_READER ElementCursor& Bool(const char* name, bool& value) {
+        pos_ = qel::ReadItem(pos_, name, value);
         return *this;
     }
     ElementCursor& Array(const char* name, std::vector<std::string>& values) {

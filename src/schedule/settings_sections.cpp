@@ -50,14 +50,14 @@ void CUpDownSchedule::toString(const CVELMORA_DownloadSetting& setting,
 
 void CUpDownSchedule::toObject(char* pos, CVelmora_PriorityUpdateParam& param) {
     qel::TraceEnter(m_traceName, qel::sig::kPriorityReader);
-    qel::ChainReader reader(*this, pos);
+    qel::ChainReader reader(pos);
     qel::VisitFields(param, reader);  // no "class" item: the chain starts at "AppKey"
     qel::TraceLeave(m_traceName, qel::sig::kPriorityReader);
 }
 
 void CUpDownSchedule::toObject(char* pos, CVELMORA_UpdateSchedule& schedule) {
     qel::TraceEnter(m_traceName, qel::sig::kUpdateScheduleReader);
-    qel::ChainReader reader(*this, pos);
+    qel::ChainReader reader(pos);
     ReadSection(reader, schedule);
     qel::TraceLeave(m_traceName, qel::sig::kUpdateScheduleReader);
 }
@@ -65,7 +65,7 @@ void CUpDownSchedule::toObject(char* pos, CVELMORA_UpdateSchedule& schedule) {
 void CUpDownSchedule::toObject(char* pos, CVELMORA_DownloadSchedule& schedule,
                                CVELMORA_DownloadSetting& setting) {
     qel::TraceEnter(m_traceName, qel::sig::kCombinedDownloadReader);
-    qel::ChainReader reader(*this, pos);
+    qel::ChainReader reader(pos);
     ReadSection(reader, schedule);
     ReadSection(reader, setting);
     qel::TraceLeave(m_traceName, qel::sig::kCombinedDownloadReader);

@@ -1,11 +1,10 @@
 // CVersionUpLog: construction and destruction.
 #include "CVersionUpLog.h"
 
-#include "CTraceUtility.h"
+#include "codec/trace_setup.h"
 
-CVersionUpLog::CVersionUpLog(std::string traceName)
-    : CSerializedMsg(traceName), m_traceName(std::move(traceName)) {
-    CTraceUtility::Initialize(m_traceName, static_cast<unsigned int>(-1));
+CVersionUpLog::CVersionUpLog(std::string traceName) : CSerializedMsg(std::move(traceName)) {
+    qel::InitializeTraceOnce(this->traceName());
 }
 
 CVersionUpLog::~CVersionUpLog() = default;

@@ -1,4 +1,6 @@
 // CVersionUpLog: the list readers.
+#include <cstring>
+
 #include "CVersionUpLog.h"
 #include "common/record_codec.h"
 #include "common/trace.h"
@@ -10,13 +12,13 @@ namespace {
 // only when its first field is the next item.
 class RecordReader {
   public:
-    RecordReader(CSerializedMsg& codec, char* pos) : chain_(codec, pos) {}
+    explicit RecordReader(char* pos) : chain_(pos) {}
     template <class T>
-    void String(const char* name, T& value) {
+    QEL_INLINE_READER void String(const char* name, T& value) {
         Read(name, value, &qel::ChainReader::String);
     }
     template <class T>
-    void Int(const char* name, T& value) {
+    QEL_INLINE_READER void Int(const char* name, T& value) {
         Read(name, value, &qel::ChainReader::Int);
     }
     bool started() const { return started_; }
@@ -24,7 +26,7 @@ class RecordReader {
 
   private:
     template <class T, class Method>
-    void Read(const char* name, T& value, Method method) {
+    QEL_INLINE_READER void Read(const char* name, T& value, Method method) {
         if (!started_)
             return;
         char* before = chain_.pos();
@@ -39,16 +41,31 @@ class RecordReader {
     bool started_ = true;
 };
 
+// Room for the records still to come, judged by the bytes the first one
+// took: the list's records have the same fields, so this is about the count,
+// and never more than the rest of the body could hold.
 template <class Record>
-void ReadList(CSerializedMsg& codec, char* body, std::vector<Record>& list) {
-    char* pos = qel::ChainReader(codec, body).Skip(qel::ListHeader(Record())).pos();
+void ReserveForRest(std::vector<Record>& list, const char* first, const char* rest) {
+    const std::size_t recordBytes = static_cast<std::size_t>(rest - first);
+    if (recordBytes != 0)
+        list.reserve(list.size() + std::strlen(rest) / recordBytes + 1);
+}
+
+template <class Record>
+void ReadList(char* body, std::vector<Record>& list) {
+    char* pos = qel::ChainReader(body).Skip(qel::ListHeader(Record())).pos();
+    bool reserved = false;
     while (pos != nullptr && *pos != '\0') {
         Record record;
-        RecordReader reader(codec, pos);
+        RecordReader reader(pos);
         qel::VisitFields(record, reader);
         if (!reader.started())
             break;
         list.push_back(std::move(record));
+        if (!reserved && reader.pos() != nullptr) {
+            ReserveForRest(list, pos, reader.pos());
+            reserved = true;
+        }
         pos = reader.pos();
     }
 }
@@ -56,19 +73,19 @@ void ReadList(CSerializedMsg& codec, char* body, std::vector<Record>& list) {
 }  // namespace
 
 void CVersionUpLog::toObject(char* body, std::vector<CVELMORA_QelVersionInfo>& list) {
-    qel::TraceEnter(m_traceName, qel::sig::kQelVersionListReader);
-    ReadList(*this, body, list);
-    qel::TraceLeave(m_traceName, qel::sig::kQelVersionListReader);
+    qel::TraceEnter(traceName(), qel::sig::kQelVersionListReader);
+    ReadList(body, list);
+    qel::TraceLeave(traceName(), qel::sig::kQelVersionListReader);
 }
 
 void CVersionUpLog::toObject(char* body, std::vector<CVELMORA_UpdatePlans>& list) {
-    qel::TraceEnter(m_traceName, qel::sig::kUpdatePlansListReader);
-    ReadList(*this, body, list);
-    qel::TraceLeave(m_traceName, qel::sig::kUpdatePlansListReader);
+    qel::TraceEnter(traceName(), qel::sig::kUpdatePlansListReader);
+    ReadList(body, list);
+    qel::TraceLeave(traceName(), qel::sig::kUpdatePlansListReader);
 }
 
 void CVersionUpLog::toObject(char* body, std::vector<CVELMORA_VersionUpdateLog>& list) {
-    qel::TraceEnter(m_traceName, qel::sig::kVersionUpdateLogReader);
-    ReadList(*this, body, list);
-    qel::TraceLeave(m_traceName, qel::sig::kVersionUpdateLogReader);
+    qel::TraceEnter(traceName(), qel::sig::kVersionUpdateLogReader);
+    ReadList(body, list);
+    qel::TraceLeave(traceName(), qel::sig::kVersionUpdateLogReader);
 }
