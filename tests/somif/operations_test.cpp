@@ -20,8 +20,7 @@ const HRESULT kError = kServiceError;
 
 const std::string kLines =  // the log readers' output, as traces name it
     "std::vector<std::basic_string<char, std::char_traits<char>, std::allocator<char> >, "
-    "std::allocator<std::basic_string<char, std::char_traits<char>, std::allocator<char> > > "
-    ">&";
+    "std::allocator<std::basic_string<char, std::char_traits<char>, std::allocator<char> > > >&";
 
 class OperationsTest : public ::testing::Test {
   protected:
@@ -38,11 +37,11 @@ std::string Request(const std::string& className, const std::string& method,
 
 struct Operation {
     std::string signature;  // as the entry and exit lines name it
-    std::string detail;     // what the entry line adds
     std::string rc;         // the exit line's code for the service's kServiceError
-    HRESULT result;         // what the call returns then
     std::string request;
     std::function<HRESULT()> call;
+    std::string detail = "";  // what the entry line adds
+    HRESULT result = kError;  // what the call returns then
 };
 
 TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
@@ -97,115 +96,114 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
         };
     };
     std::vector<Operation> operations = {
-        {"SetUpdatePriority(std::string, const CVelmora_PriorityUpdateParam&)", "", widened, kError,
+        {"SetUpdatePriority(std::string, const CVelmora_PriorityUpdateParam&)", widened,
          Request("VELMORA_Nic", "SetUpdatePriority",
                  "class;Velmora_PriorityUpdateParam;;string;AppKey;;uint;UpdatePriority;0;string;"
                  "VendorName;;string;DeviceID;;string;ModuleKind;;"),
          [&] { return som.SetUpdatePriority("VELMORA_Nic", priority); }},
         {"SetAutoDownloadSetting(const CVELMORA_DownloadSetting&, const "
          "CVELMORA_DownloadSchedule&)",
-         "", widened, kError,
+         widened,
          Request(um, "SetAutoDownloadSetting",
                  "class;DownloadSchedule;;bool;IsAutoSetting;false;int;RepeatType;0;string;"
                  "DayOfWeek;;string;Date;;string;Time;;" +
                      download),
          [&] { return som.SetAutoDownloadSetting(setting, schedule); }},
-        {"SetAutoUpdateSetting(const CVELMORA_UpdateSchedule&)", "", widened, kError,
-         "00000074cafefeedVELMORA_UpdateManager/SetAutoUpdateSetting0000000000000109class;"
-         "UpdateSchedule;;bool;IsAutoSetting;true;int;RepeatType;1;string;DayOfWeek;a;string;"
-         "Date;;string;Time;c;",
+        {"SetAutoUpdateSetting(const CVELMORA_UpdateSchedule&)", widened,
+         "00000074cafefeedVELMORA_UpdateManager/"
+         "SetAutoUpdateSetting0000000000000109class;UpdateSchedule;;bool;IsAutoSetting;true;int;"
+         "RepeatType;1;string;DayOfWeek;a;string;Date;;string;Time;c;",
          [&] { return som.SetAutoUpdateSetting(update); }},
-        {"DownloadAll(const CVELMORA_DownloadSetting&)", "", widened, kError,
+        {"DownloadAll(const CVELMORA_DownloadSetting&)", widened,
          Request(um, "DownloadAll", download), [&] { return som.DownloadAll(setting); }},
-        {"GetAutoDownloadSetting(CVELMORA_DownloadSetting&, "
-         "CVELMORA_DownloadSchedule&)",
-         "", signed32, kError, Request(um, "GetAutoDownloadSetting"),
+        {"GetAutoDownloadSetting(CVELMORA_DownloadSetting&, CVELMORA_DownloadSchedule&)", signed32,
+         Request(um, "GetAutoDownloadSetting"),
          [&] { return som.GetAutoDownloadSetting(setting, schedule); }},
-        {"GetAutoUpdateSetting(CVELMORA_UpdateSchedule&)", "", widened, kError,
+        {"GetAutoUpdateSetting(CVELMORA_UpdateSchedule&)", widened,
          Request(um, "GetAutoUpdateSetting"), [&] { return som.GetAutoUpdateSetting(update); }},
         {"GetUpdatePlans(std::string, std::vector<CVELMORA_UpdatePlans, "
          "std::allocator<CVELMORA_UpdatePlans> >&)",
-         "", signed32, kError, Request("C", "GetUpdatePlans"),
-         [&] { return som.GetUpdatePlans("C", plans); }},
+         signed32, Request("C", "GetUpdatePlans"), [&] { return som.GetUpdatePlans("C", plans); }},
         {"GetUpdatePlans(std::string, bool, std::vector<CVELMORA_UpdatePlans, "
          "std::allocator<CVELMORA_UpdatePlans> >&)",
-         "", signed32, kError,
+         signed32,
          "00000068cafefeedVELMORA_UpdateManager/GetUpdatePlans0000000000000016bool;Rollback;1;",
          [&] { return som.GetUpdatePlans(um, true, plans); }},
-        {"ReleaseOperatingAuthority(std::string, std::string)", "", signed32, kError,
+        {"ReleaseOperatingAuthority(std::string, std::string)", signed32,
          Request("C", "ReleaseOperatingAuthority", "string;AppKey;key-1;"),
          [&] { return som.ReleaseOperatingAuthority("C", "key-1"); }},
-        {"GetOperatingAuthority(std::string, std::string)", "", signed32, kError,
+        {"GetOperatingAuthority(std::string, std::string)", signed32,
          "00000067cafefeedVELMORA_Other/GetOperatingAuthority0000000000000020string;AppKey;key-1;",
          [&] { return som.GetOperatingAuthority("VELMORA_Other", "key-1"); }},
-        {"ExecuteReboot()", "", widened, kError,
+        {"ExecuteReboot()", widened,
          "00000067cafefeedVELMORA_UpdateManager/ExecuteReboot0000000000000000",
          [&] { return som.ExecuteReboot(); }},
-        {"RollbackAll(LONG&)", "", signed32, kError, Request(um, "RollbackAll"),
+        {"RollbackAll(LONG&)", signed32, Request(um, "RollbackAll"),
          [&] { return som.RollbackAll(kind); }},
-        {"UpdateAll(LONG&)", "", signed32, kError, Request(um, "UpdateAll"),
+        {"UpdateAll(LONG&)", signed32, Request(um, "UpdateAll"),
          [&] { return som.UpdateAll(kind); }},
         {"CollectQelVersion(std::vector<CVELMORA_QelVersionInfo, "
          "std::allocator<CVELMORA_QelVersionInfo> >&)",
-         "", signed32, kError, Request("VELMORA_QelVersion", "CollectQelVersion"),
+         signed32, Request("VELMORA_QelVersion", "CollectQelVersion"),
          [&] { return som.CollectQelVersion(versions); }},
         {"CollectVersionUpLog(std::vector<CVELMORA_VersionUpdateLog, "
          "std::allocator<CVELMORA_VersionUpdateLog> >&)",
-         "", signed32, kError, Request(logs, "CollectVersionUpLog"),
+         signed32, Request(logs, "CollectVersionUpLog"),
          [&] { return som.CollectVersionUpLog(updateLogs); }},
-        {"CollectDownloadLog(std::string, " + kLines + ")", " app", "2147488308", kError,
+        {"CollectDownloadLog(std::string, " + kLines + ")", "2147488308",
          "00000069cafefeedVELMORA_LogManager/CollectDownloadLog0000000000000018string;AppKey;app;",
-         [&] { return som.CollectDownloadLog("app", text); }},
-        {"CollectResultLog(std::string, " + kLines + ")", "", "2147488308", kError,
+         [&] { return som.CollectDownloadLog("app", text); }, " app"},
+        {"CollectResultLog(std::string, " + kLines + ")", "2147488308",
          Request(logs, "CollectResultLog", "string;AppKey;app;"),
          [&] { return som.CollectResultLog("app", text); }},
-        {"getManagerLog(const char*, const char*, " + kLines + ")", "", "2147488308", kError,
+        {"getManagerLog(const char*, const char*, " + kLines + ")", "2147488308",
          Request(logs, "CollectResultLog"),
          [&] { return som.getManagerLog("CollectResultLog", nullptr, text); }},
-        {"AliveMonitorUpdateParameters()", "", widened, kError,
+        {"AliveMonitorUpdateParameters()", widened,
          "00000081cafefeedVELMORA_ToolServiceWD/AliveMonitorUpdateParameter0000000000000000",
          [&] { return som.AliveMonitorUpdateParameters(); }},
-        {"AliveMonitorClearParameters()", "", widened, kError,
-         Request(wd, "AliveMonitorClearParameter"),
+        {"AliveMonitorClearParameters()", widened, Request(wd, "AliveMonitorClearParameter"),
          [&] { return som.AliveMonitorClearParameters(); }},
-        {"AliveMonitorSetParameter(std::string, std::string)", "", widened, kError,
-         "00000078cafefeedVELMORA_ToolServiceWD/AliveMonitorSetParameter0000000000000037"
-         "string;Name;Interval;string;Value;30;",
+        {"AliveMonitorSetParameter(std::string, std::string)", widened,
+         "00000078cafefeedVELMORA_ToolServiceWD/"
+         "AliveMonitorSetParameter0000000000000037string;Name;Interval;string;Value;30;",
          [&] { return som.AliveMonitorSetParameter("Interval", "30"); }},
-        {"AliveMonitorGetParameter(std::string, std::string&, uint&)", "", signed32, kError,
+        {"AliveMonitorGetParameter(std::string, std::string&, uint&)", signed32,
          Request(wd, "AliveMonitorGetParameter", "string;Name;a;b;"),
          [&] { return som.AliveMonitorGetParameter("a;b", value, type); }},
-        {"GetProviderManageInfo(std::string, CVelmora_DevProviderManageInfo&)", " C", "-2146955007",
-         0x80081101L, Request("C", "GetProviderManageInfo"),
-         [&] { return som.GetProviderManageInfo("C", devices); }},
-        {"GetProviderManageInfo(std::string, CVelmora_ToolProviderManageInfo&)", " C",
-         "-2146955007", 0x80081101L, Request("C", "GetProviderManageInfo"),
-         [&] { return som.GetProviderManageInfo("C", tools); }},
-        {"CheckUpdateModuleConformity" + relayArgs, " C", signed32, kError,
+        {"GetProviderManageInfo(std::string, CVelmora_DevProviderManageInfo&)", "-2146955007",
+         Request("C", "GetProviderManageInfo"),
+         [&] { return som.GetProviderManageInfo("C", devices); }, " C", 0x80081101L},
+        {"GetProviderManageInfo(std::string, CVelmora_ToolProviderManageInfo&)", "-2146955007",
+         Request("C", "GetProviderManageInfo"),
+         [&] { return som.GetProviderManageInfo("C", tools); }, " C", 0x80081101L},
+        {"CheckUpdateModuleConformity" + relayArgs, signed32,
          Request("C", "CheckUpdateModuleConformity", inText),
-         wbem(&CSomIf::CheckUpdateModuleConformity)},
-        {"GetProviderManageInfo" + relayArgs, " C", signed32, kError,
-         Request("C", "GetProviderManageInfo"), wbem(&CSomIf::GetProviderManageInfo)},
-        {"GetUpdatePlans" + relayArgs, " C", signed32, kError,
-         Request("C", "GetUpdatePlans", inText), wbem(&CSomIf::GetUpdatePlans)},
-        {"ExecMethod(OLECHAR*, OLECHAR*, long int, IWbemContext*, "
-         "IWbemClassObject*, IWbemClassObject**, IWbemCallResult**)",
-         "", "0", 0, Request("C", "M", inText),
+         wbem(&CSomIf::CheckUpdateModuleConformity), " C"},
+        {"GetProviderManageInfo" + relayArgs, signed32, Request("C", "GetProviderManageInfo"),
+         wbem(&CSomIf::GetProviderManageInfo), " C"},
+        {"GetUpdatePlans" + relayArgs, signed32, Request("C", "GetUpdatePlans", inText),
+         wbem(&CSomIf::GetUpdatePlans), " C"},
+        {"ExecMethod(OLECHAR*, OLECHAR*, long int, IWbemContext*, IWbemClassObject*, "
+         "IWbemClassObject**, IWbemCallResult**)",
+         "0", Request("C", "M", inText),
          [&] {
              IWbemClassObject* out = nullptr;
              HRESULT rc = som.ExecMethod(const_cast<char*>("C"), const_cast<char*>("M"), 0, nullptr,
                                          &in, &out, nullptr);
              delete out;
              return rc;
-         }},
+         },
+         "", 0},
         {"int CSomIf::TransUmMessage(std::string, std::string, IWbemClassObject*, "
          "IWbemClassObject**)",
-         " C M", signed32, static_cast<int>(kServiceError), Request("C", "M"),
+         signed32, Request("C", "M"),
          [&] {
              IWbemClassObject out;
              IWbemClassObject* outPtr = &out;
              return som.TransUmMessage("C", "M", nullptr, &outPtr);
-         }},
+         },
+         " C M", static_cast<int>(kServiceError)},
     };
     // The relayed methods: wire name, and whether the entry line names the class.
     const std::tuple<const char*, const char*, Wbem, bool> relayed[] = {
@@ -223,8 +221,9 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
         {"ExecuteUpdate", "ExecuteUpdate", &CSomIf::ExecuteUpdate, false},
     };
     for (const auto& r : relayed) {
-        operations.push_back({std::get<0>(r) + relayArgs, std::get<3>(r) ? " C" : "", signed32,
-                              kError, Request("C", std::get<1>(r), inText), relay(std::get<2>(r))});
+        operations.push_back({std::get<0>(r) + relayArgs, signed32,
+                              Request("C", std::get<1>(r), inText), relay(std::get<2>(r)),
+                              std::get<3>(r) ? " C" : ""});
     }
     for (const Operation& op : operations) {
         service.Push(Action::Answer("long;ReturnValue;4;string;Extra;x;", kServiceError));
@@ -265,10 +264,9 @@ TEST_F(OperationsTest, ReadersDecodeOnlyWhenNotNegative) {
         "class;DownloadSchedule;;bool;IsAutoSetting;true;int;RepeatType;2;string;DayOfWeek;Sun;"
         "string;Date;;string;Time;04:00;class;DownloadSetting;;int;DownloadType;1;";
     const std::string plan =
-        "string;ProviderName;nic;string;VendorName;V;string;UniqueName;U;string;DeviceId;D;"
-        "string;ModuleKind;FW;int;UpdatePriority;2;string;CurrentVendorVersion;1;"
-        "string;NextVendorVersion;2;string;DisplayName;N;int;UpdateJudgment;0;"
-        "string;DependencyName;;";
+        "string;ProviderName;nic;string;VendorName;V;string;UniqueName;U;string;DeviceId;D;string;"
+        "ModuleKind;FW;int;UpdatePriority;2;string;CurrentVendorVersion;1;string;NextVendorVersion;"
+        "2;string;DisplayName;N;int;UpdateJudgment;0;string;DependencyName;;";
     for (uint32_t result : {0u, 3u, kServiceError}) {
         const bool decoded = result != kServiceError;
         std::vector<std::string> lines(result == 0 ? 0 : 1, "old");  // log lines: zero result only

@@ -89,17 +89,6 @@ void FakeSomService::Stop() {
     }
 }
 
-void FakeSomService::WaitForIdle() const {
-    // A connection still waiting to be accepted is counted as well; it is looked
-    // for first, as the service counts a connection before accepting it.
-    auto pending = [this] {
-        struct pollfd p = {listenFd_, POLLIN, 0};
-        return listenFd_ >= 0 && poll(&p, 1, 0) > 0;
-    };
-    for (int i = 0; i < 1000 && (pending() || open_.load() != 0); ++i)
-        usleep(10000);
-}
-
 void FakeSomService::Push(Action action) {
     std::lock_guard<std::mutex> lock(mutex_);
     script_.push_back(std::move(action));
@@ -117,13 +106,11 @@ void FakeSomService::Serve() {
             continue;
         if (fds[1].revents != 0)
             return;
-        ++open_;
         int fd = accept4(listenFd_, nullptr, nullptr, SOCK_CLOEXEC);
         if (fd >= 0) {
             Handle(fd);
             close(fd);
         }
-        --open_;
     }
 }
 

@@ -12,7 +12,6 @@
 #ifndef QEL_TESTS_SUPPORT_FAKE_SOM_SERVICE_H
 #define QEL_TESTS_SUPPORT_FAKE_SOM_SERVICE_H
 
-#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <mutex>
@@ -52,9 +51,6 @@ class FakeSomService {
 
     void Push(Action action);
     Request LastRequest() const;
-    // Waits (up to 10 s) until the service has closed every connection it
-    // accepted, so that descriptor counts see only the client.
-    void WaitForIdle() const;
     // Stops serving and removes the socket: the service is then absent.
     void Stop();
     const std::string& socketPath() const { return socketPath_; }
@@ -74,7 +70,6 @@ class FakeSomService {
     mutable std::mutex mutex_;
     std::deque<Action> script_;
     std::vector<Request> requests_;
-    std::atomic<int> open_{0};
 };
 
 }  // namespace qel_test
