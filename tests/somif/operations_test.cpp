@@ -334,36 +334,28 @@ TEST_F(OperationsTest, ReadersDecodeOnlyWhenNotNegative) {
 }
 
 TEST_F(OperationsTest, ProcessStatusFile) {
-    const struct {
-        const char* file;  // null: no file
-        LONG status;
-        const char* shown;
-    } cases[] = {
+    const std::string file = "/opt/velmora/qel/ProcessStatus.ini";
+    const std::tuple<const char*, LONG, const char*> cases[] = {
+        // file (null: none), status, shown
         {"[icon]\nstatus=download\ntype=rollback\n", 0x8003, "download"},
         {"[icon]\nstatus=update\ntype=update\n", 0x8001, "update"},
         {"[icon]\nstatus=updated-now\ntype=rollback\n", 0x8002, "rollback"},
         {"[icon]\nstatus=idle\n", 0, "idle"},
         {"[other]\nstatus=download\n", 0, ""},
         {"not an ini file at all \x01\x02", 0, ""},
-        {nullptr, 0, ""},
-    };
+        {nullptr, 0, ""}};
     for (const auto& c : cases) {
-        if (c.file != nullptr) {
-            root.WriteFile("/opt/velmora/qel/ProcessStatus.ini", c.file);
-        } else {
-            root.RemoveFile("/opt/velmora/qel/ProcessStatus.ini");
-        }
+        std::get<0>(c) ? root.WriteFile(file, std::get<0>(c)) : root.RemoveFile(file);
         qel_test::TraceRecorder traces;
         LONG status = 77;
         EXPECT_EQ(som.GetQELStatus(status), 0);
-        EXPECT_EQ(status, c.status);
+        EXPECT_EQ(status, std::get<1>(c));
         char line[160];
-        std::snprintf(line, sizeof line,
-                      "HRESULT CSomIf::GetQELStatus(LONG&) ### status=%s, result=0x%x", c.shown,
-                      static_cast<unsigned>(c.status));
-        qel_test::TraceLine found;
-        ASSERT_TRUE(traces.Find(line, &found)) << line;
-        EXPECT_EQ(found.level, 1);
+        std::snprintf(line, sizeof line, "%s ### status=%s, result=0x%x",
+                      "HRESULT CSomIf::GetQELStatus(LONG&)", std::get<2>(c),
+                      static_cast<unsigned>(std::get<1>(c)));
+        qel_test::TraceLine found{"", 0, ""};
+        EXPECT_TRUE(traces.Find(line, &found) && found.level == 1) << line;
     }
 }
 
