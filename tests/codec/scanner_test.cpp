@@ -73,9 +73,7 @@ TEST_F(ScannerTest, CompareItemMatchesOneItemByNameOrPath) {
     }
     std::string value;
     EXPECT_EQ(codec.compareItem(nullptr, "A", value), nullptr);
-}
-
-TEST_F(ScannerTest, CompareItemTypedForms) {
+    // The typed forms.
     // clang-format off
     const std::pair<const char*, bool> flags[] = {
         {"bool;Flag;true;", true}, {"bool;Flag;1;", false}, {"bool;Flag;TRUE;", false},

@@ -17,7 +17,7 @@ class ServiceDiscoveryTest : public ::testing::Test {
     CSomIf som{"disc"};
 };
 
-TEST_F(ServiceDiscoveryTest, ServicesByKindAndFlags) {
+TEST_F(ServiceDiscoveryTest, ServicesByKindAndFlagsAndLiveDevices) {
     strpairvect_t services{{"earlier", "X"}};
     EXPECT_EQ(som.GetDeviceService(services), 0);  // no MOF file: nothing added
     EXPECT_EQ(services.size(), 1u);
@@ -33,9 +33,7 @@ TEST_F(ServiceDiscoveryTest, ServicesByKindAndFlags) {
         traces.Contains("HRESULT CSomIf::GetDeviceService(strpairvect_t&) add "
                         "VELMORA_NicProvider : NicService to list"));
     EXPECT_TRUE(traces.Contains("[LEAVE] HRESULT CSomIf::GetDeviceService(strpairvect_t&), rc=3"));
-}
-
-TEST_F(ServiceDiscoveryTest, DeviceAliveAgainstTheInventory) {
+    // A device provider is alive when the inventory holds one of its sections.
     root.WriteFile("/opt/velmora/qel/provider/nic.ini",
                    "; NIC\n[8086-10D3]\n[14E4-1657]\nDriver=tg3\n");
     CMofContents provider;
@@ -54,7 +52,7 @@ TEST_F(ServiceDiscoveryTest, DeviceAliveAgainstTheInventory) {
     EXPECT_FALSE(som.isDeviceAlive(provider));
     provider.ProviderFile = "missing.ini";
     root.WriteFile(kInventory, "PCIROOT-8086-10d3-0000\n");
-    qel_test::TraceRecorder traces;
+    traces.Clear();
     EXPECT_FALSE(som.isDeviceAlive(provider));
     EXPECT_EQ(traces.Texts().front(),
               "[ENTER] bool CSomIf::isDeviceAlive(CMofContents) VELMORA_NicProvider");

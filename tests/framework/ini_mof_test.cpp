@@ -48,7 +48,7 @@ std::vector<std::string> Rows(const std::vector<CMofContents>& contents) {
     return rows;
 }
 
-TEST(MofReaderTest, ReadsRealisticMofFiles) {
+TEST(MofReaderTest, RealisticFilesAndSyntaxErrors) {
     EXPECT_EQ(Rows(CMofReader::ParseText(qel_test::TestData("providers.mof"))),
               (std::vector<std::string>{
                   "NicService|Network adapters\t\"fast\"|VELMORA_NicProvider|nic.ini|1|128|"
@@ -71,9 +71,7 @@ TEST(MofReaderTest, ReadsRealisticMofFiles) {
     missing.ParseContents();
     missing.GetMofContents(got);
     EXPECT_EQ(got.size(), 1u);
-}
-
-TEST(MofReaderTest, SyntaxErrorsKeepTheInstancesReadSoFar) {
+    // Syntax errors keep the instances read so far.
     const std::string good = "instance of A { Name = \"one\"; };\n";
     for (const char* bad :
          {"instance of B { Name = ; };", "instance of B { Name = \"open; };", "instance B { };",

@@ -25,7 +25,7 @@ std::string Text(const nlohmann::json& json) {
     return text;
 }
 
-TEST(RecordsToTextTest, ProvidersAreWrittenByteExact) {
+TEST(RecordsToTextTest, ProvidersRepositoriesAndDependenciesAreWrittenByteExact) {
     const nlohmann::json lists = nlohmann::json::parse(
         R"({"LinkAppInfo":[{"ApplicationName":"App","ExecutePath":"/x","DescriptionFilePath":"/y"}],)"
         R"("ModuleInfo":[{"ModuleKind":"FW","ModuleName":"never written","UpdatePriority":1,)"
@@ -60,9 +60,7 @@ TEST(RecordsToTextTest, ProvidersAreWrittenByteExact) {
                   "string;ToolInfo[1]/VendorName;TV;string;ToolInfo[1]/UniqueName;t%!@1;"
                   "string[];ToolInfo[1]/ExtendedInfo;mode=service;" +
                   Lists("ToolInfo[1]"));
-}
-
-TEST(RecordsToTextTest, RepositoryAndDependencyItems) {
+    // Repository and dependency items, appended.
     nlohmann::json entry = nlohmann::json::parse(
         R"({"ApplyKind":"Online","DisplayName":"x;y","Priority":-4,"Recovery":true,)"
         R"("ModuleFileName":["m.bin"]})");

@@ -68,7 +68,7 @@ TEST(TextToRecordsTest, ListsEndWhereTheNextFirstFieldIsMissing) {
     EXPECT_EQ(Read(Plain(qel_test::SampleDevProvider()), kept).DeviceInfo.size(), 4u);
 }
 
-TEST(TextToRecordsTest, FieldRules) {
+TEST(TextToRecordsTest, FieldRulesAndLinkAppTraces) {
     CProviderManageInfo codec("r");
     // DisplayName before VendorVersion (the writer's order): the cursor stays
     // on VendorVersion and every later field reads as absent.
@@ -95,24 +95,19 @@ TEST(TextToRecordsTest, FieldRules) {
         codec.setRepositoryInfo(text.get(), module);
         EXPECT_EQ(module.RepositoryInfo.back().Recovery, *flag == 't') << flag;
     }
-}
-
-TEST(TextToRecordsTest, OnlyTheDeviceLinkAppReaderTracesElements) {
+    // Only the device's linked-application reader traces its elements.
     qel_test::TraceRecorder traces;
-    CProviderManageInfo codec("links");
-    TextBuffer text(
+    TextBuffer links(
         "class;LinkAppInfo;;string;ApplicationName;A;string;ExecutePath;/a;"
         "string;DescriptionFilePath;/d;string;ApplicationName;B;");
-    CVelmora_DeviceInfo device;
-    traces.Clear();
-    codec.setLinkAppInfo(text.get(), device);
+    codec.setLinkAppInfo(links.get(), device);
     EXPECT_EQ(device.LinkAppInfo.size(), 2u);
     const std::string enter = "[enter] setLinkAppInfo", leave = "[leave] setLinkAppInfo";
     EXPECT_EQ(traces.Texts(), (std::vector<std::string>{enter, leave, enter, leave, enter}));
     EXPECT_EQ(traces.Lines()[0].level, 32);
     traces.Clear();
     CVelmora_ToolInfo tool;
-    codec.setLinkAppInfo(text.get(), tool);
+    codec.setLinkAppInfo(links.get(), tool);
     EXPECT_EQ(json(tool.LinkAppInfo), json(device.LinkAppInfo));
     EXPECT_TRUE(traces.Lines().empty());
 }

@@ -19,7 +19,7 @@ struct Case {
     std::string tree;
 };
 
-TEST(PlanDecodersTest, PlansRegistrationsAndSections) {
+TEST(PlanDecodersTest, PlansRegistrationsSectionsAndTheirTraces) {
     auto plans = &CUpDownSchedule::String2UpdatePlans;
     auto regist = &CUpDownSchedule::String2RegisterUpdateModule;
     auto sections = &CUpDownSchedule::String2IWbem;
@@ -69,12 +69,7 @@ TEST(PlanDecodersTest, PlansRegistrationsAndSections) {
                   }),
                   0);
     }
-}
-
-TEST(PlanDecodersTest, TracesOfRegistrationAndSections) {
-    qel_test::TraceRecorder traces;
-    CUpDownSchedule codec("plans");
-    traces.Clear();
+    qel_test::TraceRecorder traces;  // keeps blocks: after the counted runs
     TextBuffer noKey("class[];UpdateModuleRegistInfo;;string;VendorName;V;");
     IWbemClassObject none;
     codec.String2RegisterUpdateModule(noKey.get(), none);

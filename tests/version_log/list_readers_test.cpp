@@ -19,7 +19,7 @@ const std::string kLog =
     "string;ProviderName;nic;string;DateTime;2026-11-01 10:00;string;VendorName;V;"
     "string;UniqueName;U;string;ModuleKind;FW;string;BeforeVersion;1;string;AfterVersion;2;";
 
-TEST(ListReadersTest, PlansReadEveryFieldAndSkipMissingOnesInPlace) {
+TEST(ListReadersTest, EveryFieldMissingFieldsInPlaceAndListBoundaries) {
     CVersionUpLog codec("lists");
     std::string noPriority = kPlan;
     noPriority.erase(noPriority.find("int;UpdatePriority;3;"), 21);
@@ -42,16 +42,12 @@ TEST(ListReadersTest, PlansReadEveryFieldAndSkipMissingOnesInPlace) {
     EXPECT_EQ(nlohmann::json(list).dump(),
               R"([{"FileName":"","FileVersion":"2.0","GroupName":"core"},)"
               R"({"FileName":"ui.so","FileVersion":"2.1","GroupName":"ui"}])");
-}
-
-TEST(ListReadersTest, ListBoundaries) {
     // No header; a renamed first field ends the list; a cut record still counts.
     // clang-format off
     const std::pair<std::string, std::size_t> cases[] = {{"string;VersionUpdateLogList;;", 0},
         {kLog + kLog, 2}, {kLog + "string;ProviderNameX;n;" + kLog, 1},
         {kLog + kLog.substr(0, 60), 2}, {"", 0}, {"garbage", 0}};
     // clang-format on
-    CVersionUpLog codec("lists");
     for (const auto& c : cases) {
         TextBuffer body(c.first);
         std::vector<CVELMORA_VersionUpdateLog> logs;
@@ -60,8 +56,8 @@ TEST(ListReadersTest, ListBoundaries) {
     }
     qel_test::TraceRecorder traces;
     std::vector<CVELMORA_VersionUpdateLog> logs(1);
-    TextBuffer body(kLog);
-    codec.toObject(body.get(), logs);
+    TextBuffer log(kLog);
+    codec.toObject(log.get(), logs);
     codec.toObject(nullptr, logs);  // appends nothing, traces all the same
     EXPECT_EQ(logs.size(), 2u);
     EXPECT_EQ(traces.Texts().size(), 4u);
