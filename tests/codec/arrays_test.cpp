@@ -12,7 +12,7 @@ namespace {
 using qel_test::TextBuffer;
 typedef std::vector<std::string> Strings;
 
-TEST(ArraysTest, SetStringArraySplitsAppendsOrEmpties) {
+TEST(ArraysTest, StringArraysWholeBodiesAndFirstItems) {
     CSerializedMsg codec("arr");
     EXPECT_EQ(codec.getClassArrayName("ToolInfo", 12), "ToolInfo[12]/");
     EXPECT_EQ(codec.getClassArrayName("A", -3), "A[-3]/");
@@ -36,10 +36,7 @@ TEST(ArraysTest, SetStringArraySplitsAppendsOrEmpties) {
     values = {"old"};
     EXPECT_EQ(codec.setStringArray(cut.get(), "", "Paths", values), nullptr);
     EXPECT_EQ(values, Strings{"old"});
-}
-
-TEST(ArraysTest, WholeBodyReaders) {
-    CSerializedMsg codec("arr");
+    // Whole-body readers.
     // clang-format off
     const std::pair<const char*, Strings> runs[] = {
         {"string[];A;x!#y;string[];B;z;string;C;w;string[];D;q;", {"x", "y", "z"}},
@@ -53,7 +50,7 @@ TEST(ArraysTest, WholeBodyReaders) {
         EXPECT_EQ(values, c.second) << c.first;
     }
     TextBuffer all("long;R;2;string;S;x%!@y;class;N;;bool;B;1");
-    Strings values{"first"};
+    values = {"first"};
     codec.String2Array(all.get(), values);
     EXPECT_EQ(values, (Strings{"first", "2", "x;y", ""}));
 
@@ -68,17 +65,14 @@ TEST(ArraysTest, WholeBodyReaders) {
     EXPECT_EQ(traces.Texts(), (Strings{head + "StringArray2Array(char*, " + null,
                                        head + "String2Array(char*, " + null}));
     EXPECT_EQ(traces.Lines()[0].source, "som");
-}
-
-TEST(ArraysTest, FirstItemAsTextOrFlag) {
-    CSerializedMsg codec("arr");
+    // The first item as text or flag.
     // clang-format off
-    const std::tuple<const char*, const char*, bool> cases[] = {
+    const std::tuple<const char*, const char*, bool> firsts[] = {
         {"string;AppKey;k%!@1;", "k;1", false}, {"bool;Rollback;1;", "1", true}, {"", "", false},
         {"bool;Rollback;true;", "true", false}, {"bool;Rollback;1", "", false},
         {"bool;Rollback;10;", "10", false}};
     // clang-format on
-    for (const auto& c : cases) {
+    for (const auto& c : firsts) {
         EXPECT_EQ(codec.getString(std::get<0>(c)), std::get<1>(c)) << std::get<0>(c);
         EXPECT_EQ(codec.getBool(std::get<0>(c)), std::get<2>(c)) << std::get<0>(c);
     }

@@ -25,7 +25,22 @@ IWbemClassObject* With(const char* name, const boost::any& value) {
     return obj;
 }
 
-TEST(EncoderTest, EveryValueTypeWritesItsItem) {
+// A codec whose nested encoding fails for objects marked "Boom".
+class FailingCodec : public CSerializedMsg {
+  public:
+    FailingCodec() : CSerializedMsg("fail") {}
+    void IWbem2String(IWbemClassObject& obj, std::string& out) override {
+        if (const std::string* kind = obj.GetAs<std::string>("Boom")) {
+            out += "partial;";
+            if (*kind == "bad")
+                throw std::bad_exception();
+            throw std::runtime_error("other");
+        }
+        CSerializedMsg::IWbem2String(obj, out);
+    }
+};
+
+TEST(EncoderTest, EveryValueTypeOrderAndAFailingArrayElement) {
     qel_test::TraceRecorder traces;
     typedef std::vector<std::string> Strings;
     // Unknown types and null pointers are skipped, with a trace each.
@@ -62,31 +77,13 @@ TEST(EncoderTest, EveryValueTypeWritesItsItem) {
     obj.push("S", boost::shared_ptr<Objects>(new Objects{e0.get(), e1.get()}));
     EXPECT_EQ(Encode(obj, "prefix"),
               "prefixstring;B;1;class;N;;int;I;3;string;B;3;class[];S;;int;I;0;int;I;1;");
-}
-
-// A codec whose nested encoding fails for objects marked "Boom".
-class FailingCodec : public CSerializedMsg {
-  public:
-    FailingCodec() : CSerializedMsg("fail") {}
-    void IWbem2String(IWbemClassObject& obj, std::string& out) override {
-        if (const std::string* kind = obj.GetAs<std::string>("Boom")) {
-            out += "partial;";
-            if (*kind == "bad")
-                throw std::bad_exception();
-            throw std::runtime_error("other");
-        }
-        CSerializedMsg::IWbem2String(obj, out);
-    }
-};
-
-TEST(EncoderTest, AFailingArrayElementIsTracedAndTheNextStillWritten) {
-    qel_test::TraceRecorder traces;
-    IWbemClassObject obj;
-    obj.push("L", Objects{With("Boom", std::string("bad")), With("Boom", std::string("other")),
-                          nullptr, With("G", 1)});
+    // A failing array element is traced and the next still written.
+    IWbemClassObject failing;
+    failing.push("L", Objects{With("Boom", std::string("bad")), With("Boom", std::string("other")),
+                              nullptr, With("G", 1)});
     FailingCodec codec;
     std::string out;
-    codec.IWbem2String(obj, out);
+    codec.IWbem2String(failing, out);
     EXPECT_EQ(out, "class[];L;;partial;partial;int;G;1;");
     EXPECT_TRUE(
         traces.Contains(std::string(kSignature) + "Segmentation fault (std::bad_exception)"));

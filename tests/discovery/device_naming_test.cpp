@@ -33,7 +33,7 @@ class DeviceNamingTest : public ::testing::Test {
     }
 };
 
-TEST_F(DeviceNamingTest, DatabaseRules) {
+TEST_F(DeviceNamingTest, DatabaseRulesAndInventory) {
     qel_test::TraceRecorder traces;
     EXPECT_EQ(Named("PCIROOT-8086-10D3-00"), "old vendor | old name");  // no database
     EXPECT_TRUE(traces.Contains(
@@ -65,6 +65,21 @@ TEST_F(DeviceNamingTest, DatabaseRules) {
     EXPECT_FALSE(som.FindDeviceId("1002", file, line, &capacity));  // the next vendor ends it
     std::free(line);
     std::fclose(file);
+    // The device inventory.
+    std::list<std::string> devices{"earlier"};
+    traces.Clear();
+    EXPECT_FALSE(som.readDeviceInfo(devices));
+    EXPECT_EQ(devices.size(), 1u);
+    EXPECT_EQ(traces.Lines().back().level, 2);
+    EXPECT_NE(traces.Texts().back().find(" file (" + root.Path(kInventory) + ") not found"),
+              std::string::npos);
+    root.WriteFile(kInventory, "PCIROOT-8086-10FB-0000  PCIROOT-14E4-1657-0001\n\tBmc\n\n");
+    EXPECT_TRUE(som.readDeviceInfo(devices));
+    EXPECT_EQ(devices, (std::list<std::string>{"earlier", "PCIROOT-8086-10FB-0000",
+                                               "PCIROOT-14E4-1657-0001", "Bmc"}));
+    root.WriteFile(kInventory, "");
+    EXPECT_TRUE(som.readDeviceInfo(devices));
+    EXPECT_EQ(devices.size(), 4u);
 }
 
 // Naming many devices over one indexed database gives what one lookup at a
@@ -100,23 +115,6 @@ TEST_F(DeviceNamingTest, BatchNamingMatchesSingleLookups) {
         EXPECT_EQ(names[1], names[0]) << database;
         EXPECT_EQ(traceTexts[1], traceTexts[0]) << database;
     }
-}
-
-TEST_F(DeviceNamingTest, Inventory) {
-    std::list<std::string> devices{"earlier"};
-    qel_test::TraceRecorder traces;
-    EXPECT_FALSE(som.readDeviceInfo(devices));
-    EXPECT_EQ(devices.size(), 1u);
-    EXPECT_EQ(traces.Lines().back().level, 2);
-    EXPECT_NE(traces.Texts().back().find(" file (" + root.Path(kInventory) + ") not found"),
-              std::string::npos);
-    root.WriteFile(kInventory, "PCIROOT-8086-10FB-0000  PCIROOT-14E4-1657-0001\n\tBmc\n\n");
-    EXPECT_TRUE(som.readDeviceInfo(devices));
-    EXPECT_EQ(devices, (std::list<std::string>{"earlier", "PCIROOT-8086-10FB-0000",
-                                               "PCIROOT-14E4-1657-0001", "Bmc"}));
-    root.WriteFile(kInventory, "");
-    EXPECT_TRUE(som.readDeviceInfo(devices));
-    EXPECT_EQ(devices.size(), 4u);
 }
 
 }  // namespace

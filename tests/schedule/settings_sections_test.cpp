@@ -16,7 +16,7 @@ Record From(const char* json) {
     return nlohmann::json::parse(json).get<Record>();
 }
 
-TEST(SettingsSectionsTest, WritersAppendEscapeAndReadBack) {
+TEST(SettingsSectionsTest, WritersAppendAndEscapeReadersArePositional) {
     CUpDownSchedule codec("sched");
     std::string out = "x";
     codec.toString(From<CVelmora_PriorityUpdateParam>(R"({"AppKey":"k","UpdatePriority":4e9})"),
@@ -51,9 +51,7 @@ TEST(SettingsSectionsTest, WritersAppendEscapeAndReadBack) {
     setting.CacheServerPassword = "c;;";
     EXPECT_EQ(nlohmann::json(s), nlohmann::json(schedule));
     EXPECT_EQ(nlohmann::json(d), nlohmann::json(setting));
-}
-
-TEST(SettingsSectionsTest, ReadersArePositional) {
+    // The readers are positional.
     // Expected: flag, repeat type, day, date, time (starting from true, 5, "old"s).
     // clang-format off
     const std::pair<const char*, const char*> cases[] = {
@@ -69,7 +67,6 @@ TEST(SettingsSectionsTest, ReadersArePositional) {
          "1 7  old old"},  // cut inside the matching item
         {"class;UpdateSchedule;;bool;IsAutoSetting;true;string;DayOfWeek;a;", "1 0 a old old"}};
     // clang-format on
-    CUpDownSchedule codec("sched");
     for (const auto& c : cases) {
         auto s = From<CVELMORA_UpdateSchedule>(
             R"({"IsAutoSetting":true,"RepeatType":5,"DayOfWeek":"old","Date":"old","Time":"old"})");
@@ -83,11 +80,11 @@ TEST(SettingsSectionsTest, ReadersArePositional) {
     const std::string section =
         "class;Velmora_PriorityUpdateParam;;string;AppKey;k;uint;UpdatePriority;-1;"
         "string;VendorName;V;string;DeviceID;D;string;ModuleKind;FW;";
-    TextBuffer buffer(section);
+    TextBuffer priority(section);
     auto param = From<CVelmora_PriorityUpdateParam>(R"({"AppKey":"old","UpdatePriority":9})");
-    codec.toObject(buffer.get(), param);  // at the class item nothing matches
+    codec.toObject(priority.get(), param);  // at the class item nothing matches
     EXPECT_EQ(param.AppKey + std::to_string(param.UpdatePriority), "old0");
-    codec.toObject(buffer.at(section.find("string;AppKey")), param);
+    codec.toObject(priority.at(section.find("string;AppKey")), param);
     EXPECT_EQ(param.AppKey + param.ModuleKind + std::to_string(param.UpdatePriority),
               "kFW4294967295");  // the 32-bit pattern of -1
 }
