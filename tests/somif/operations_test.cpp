@@ -65,7 +65,7 @@ std::string Reply(const std::string& field, const std::string& body) {
     return "00000035cafefeedC/M" + field + length + body;
 }
 
-TEST(ResultTest, ResultFieldThenReturnValueWithTraces) {
+TEST(ResultTest, ResultFieldReturnValueBodyPositionAndRebootKind) {
     const struct {
         std::string reply;
         int headerLength;
@@ -104,10 +104,6 @@ TEST(ResultTest, ResultFieldThenReturnValueWithTraces) {
     EXPECT_EQ(som.GetReturnValue(FakeSomService::ReplyText("long;ReturnValue;4;", "M", 0, "")), 0);
     EXPECT_EQ(som.GetReturnValue("00000099short"), 0);
     EXPECT_EQ(som.GetReturnValue("xxxxxxxxlong;ReturnValue;6;"), 6);  // no digits: offset 0
-}
-
-TEST(ResultTest, BodyPositionAndRebootKind) {
-    CSomIf som("res");
     const std::pair<std::string, unsigned> positions[] = {
         {Reply("00000000", "string;A;x;"), 35},
         {"no slash here", 0},
