@@ -53,6 +53,9 @@ class QEL_FRAMEWORK_API CFileTransfer {
     // -1 when the connection closes before a whole header came, on a
     // time-out, on a socket error, or without a connection.
     int RecvMessage(char* buffer, int bufferSize, int headerLength);
+    // A header ends with the body's length in this many decimal digits; the
+    // one fact of the header layout that the transport itself reads.
+    static constexpr int kLengthFieldWidth = 8;
 
     // One whole exchange: the request written as SendMessage writes it, then
     // the reply read as RecvMessage reads it into storage that this object

@@ -23,6 +23,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "CFileTransfer.h"
 #include "QelTypes.h"
 
 namespace qel {
@@ -37,7 +38,7 @@ constexpr const char kReplyLeadFormat[] = "%08zu%08lx";
 constexpr const char kReplyTrailerFormat[] = "%08x%08zu";
 constexpr unsigned long kMagic = 0xCAFEFEEDUL;
 constexpr const char kMagicText[] = "cafefeed";
-constexpr int kFieldWidth = 8;
+constexpr int kFieldWidth = CFileTransfer::kLengthFieldWidth;  // every numeric field
 // Header length, magic, "/", result field and body length: the header's
 // length without its class and method names.
 constexpr int kHeaderFixedLength = 33;
