@@ -22,28 +22,27 @@ class FileTransferTest : public ::testing::Test {
     qel_test::TempSysroot root;
     CFileTransfer reused{"t", kConfig};  // Exchange's storage carries over between calls
 
-    // One exchange through SendMessage and RecvMessage; the reply as stored, or
-    // "<-1>". The same script is then run through Exchange into the reused
-    // object's storage, which must store the same bytes.
+    // The reply as stored, or "<rc>", of one exchange through SendMessage and
+    // RecvMessage; the same script run through Exchange into the reused
+    // object's storage must store the same bytes.
     std::string Exchange(FakeSomService& service, const Action& action, int bufferSize) {
-        std::string results[2];
-        for (std::string& result : results) {
-            service.Push(action);
-            std::vector<char> buffer(bufferSize + 8, 'Z');
+        std::vector<char> buffer(bufferSize + 1, 'Z');
+        int n = -2;
+        service.Push(action);
+        service.Push(action);
+        {
             CFileTransfer transfer("t", kConfig);
-            const bool first = &result == &results[0];
-            int n = first ? transfer.SendMessage(kHeader) : 0;
-            n = first ? (n < 0 ? -2 : transfer.RecvMessage(buffer.data(), bufferSize, 35))
-                      : reused.Exchange(kHeader, 35, static_cast<std::size_t>(bufferSize));
-            const char* text = first ? buffer.data() : reused.ReplyBytes();
-            result = n < 0 ? "<" + std::to_string(n) + ">" : std::string(text, n);
-            if (n >= 0 && first) {
-                EXPECT_EQ(buffer[n + 1], n + 1 < bufferSize ? buffer[n + 1] : 'Z');
-            }
-            EXPECT_EQ(text[n < 0 ? 0 : n], '\0');  // "" when nothing came whole
+            if (transfer.SendMessage(kHeader) >= 0)
+                n = transfer.RecvMessage(buffer.data(), bufferSize, 35);
         }
-        EXPECT_EQ(results[0], results[1]);
-        return results[0];
+        EXPECT_EQ(buffer[bufferSize], 'Z');  // nothing written beyond the room
+        const int m = reused.Exchange(kHeader, 35, static_cast<std::size_t>(bufferSize));
+        EXPECT_EQ(Stored(m, reused.ReplyBytes()), Stored(n, buffer.data()));
+        return Stored(n, buffer.data());
+    }
+    static std::string Stored(int n, const char* text) {
+        EXPECT_EQ(text[n < 0 ? 0 : n], '\0');  // "" when nothing came whole
+        return n < 0 ? "<" + std::to_string(n) + ">" : std::string(text, n);
     }
 };
 
