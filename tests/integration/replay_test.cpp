@@ -22,11 +22,7 @@ const char kRequest[] = "00000076cafefeedVELMORA_UpdateManager/SetAutoDownloadSe
 TEST(RecordingFormat, DamageIsNamedByLine) {
     const std::string head =
         std::string(rec::kVersionLine) + "\nexchange - 5ms\nrequest " + kRequest + "00000000\n";
-    const struct {
-        std::string text;
-        int line;
-        const char* words;
-    } cases[] = {
+    const std::tuple<std::string, int, const char*> cases[] = {
         {"", 1, "empty file"},
         {"qel-record 2\n", 1, "version \"2\""},
         {"GET / HTTP/1.1\n", 1, "not a recording"},
@@ -36,13 +32,13 @@ TEST(RecordingFormat, DamageIsNamedByLine) {
         {head + "bogus\n", 4, "unknown line"},
         {"qel-record 1\nexchange - 1ms\nrequest 0000\nno-reply\nend\n", 5, "no header"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [text, line, words] : cases) {
         try {
-            rec::ParseRecording(c.text);
-            ADD_FAILURE() << "accepted: " << c.text;
+            rec::ParseRecording(text);
+            ADD_FAILURE() << "accepted: " << text;
         } catch (const rec::FormatError& e) {
-            EXPECT_EQ(e.line(), c.line) << c.text;
-            EXPECT_NE(std::string(e.what()).find(c.words), std::string::npos) << e.what();
+            EXPECT_EQ(e.line(), line) << text;
+            EXPECT_NE(std::string(e.what()).find(words), std::string::npos) << e.what();
         }
     }
 }

@@ -79,11 +79,7 @@ TEST_F(SomctlTest, GoldenTablesJsonAndPasswords) {
 
 // Each kind of failure has its exit code and says what failed.
 TEST_F(SomctlTest, ExitCodesByKindOfFailure) {
-    const struct {
-        Args args;
-        int code;
-        const char* says;
-    } live[] = {
+    const std::tuple<Args, int, const char*> live[] = {
         {{}, somctl::kUsage, ""},
         {{"frobnicate"}, somctl::kUsage, "unknown command"},
         {{"plans", "--help"}, somctl::kOk, ""},
@@ -101,10 +97,10 @@ TEST_F(SomctlTest, ExitCodesByKindOfFailure) {
         {{"exec", std::string(1100, 'C'), "M"}, somctl::kUsage, "too long"},
         {{"monitor", "set", "X", "\xff\xe9"}, somctl::kOk, ""},
     };
-    for (const auto& c : live) {
-        Outcome run = Somctl(c.args);
-        EXPECT_EQ(run.code, c.code) << ::testing::PrintToString(c.args);
-        EXPECT_NE(run.err.find(c.says), std::string::npos) << run.err;
+    for (const auto& [args, code, says] : live) {
+        Outcome run = Somctl(args);
+        EXPECT_EQ(run.code, code) << ::testing::PrintToString(args);
+        EXPECT_NE(run.err.find(says), std::string::npos) << run.err;
     }
     EXPECT_NE(Somctl({"monitor", "get", "X"}).out.find("X = \xff\xe9"), std::string::npos);
     // A socket that this user may not open.
@@ -163,11 +159,11 @@ TEST_F(SomctlTest, InvalidValuesRefusedAndConcurrentChangesNeverLost) {
         {{"providers", "tool", "VELMORA_NicProvider"}, "is a device provider"},
         {{"providers", "device", "NoSuch"}, "no device provider class 'NoSuch'"},
     };
-    for (const auto& c : refused) {
-        Outcome run = Somctl(c.first);
-        EXPECT_EQ(run.code, somctl::kUsage) << c.second;
-        EXPECT_NE(run.err.find(c.second), std::string::npos) << run.err;
-        EXPECT_FALSE(Json(c.first)["ok"].get<bool>()) << c.second;
+    for (const auto& [args, says] : refused) {
+        Outcome run = Somctl(args);
+        EXPECT_EQ(run.code, somctl::kUsage) << says;
+        EXPECT_NE(run.err.find(says), std::string::npos) << run.err;
+        EXPECT_FALSE(Json(args)["ok"].get<bool>()) << says;
     }
     EXPECT_EQ(Somctl({"--json", "update-setting"}).out, before);
     for (const Args& args : {Args{}, Args{"bogus\xff"}, Args{"--help"}, Args{"--version"}})

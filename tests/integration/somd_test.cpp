@@ -230,9 +230,8 @@ TEST_F(SomdTest, MalformedRequestsAndOtherKeysAreRefusedAndChangeNothing) {
     const std::string setUpdate = "VELMORA_UpdateManager/SetAutoUpdateSetting";
     const std::string setDownload = "VELMORA_UpdateManager/SetAutoDownloadSetting";
     const std::string aliveSet = "VELMORA_ToolServiceWD/AliveMonitorSetParameter";
-    const struct {
-        std::string request, reply;  // an empty reply: closed without one
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
+        // an empty reply: closed without one
         {"", ""},
         {"garbage that is not a request", ""},
         {"00000099cafefeedC/M0000000000000000", ""},     // header cut short
@@ -249,8 +248,8 @@ TEST_F(SomdTest, MalformedRequestsAndOtherKeysAreRefusedAndChangeNothing) {
         {frame(bogus, "string;AppKey;k;"), frame(bogus, "", kUnknownMethod)},
         {frame(aliveSet, "string;Name;N;string;Value;p;q;"), frame(aliveSet, "", kBadRequest)},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(RawExchange(socket, c.request), c.reply) << c.request.substr(0, 60);
+    for (const auto& [request, reply] : cases)
+        EXPECT_EQ(RawExchange(socket, request), reply) << request.substr(0, 60);
     CVELMORA_UpdateSchedule read;
     ASSERT_EQ(som.GetAutoUpdateSetting(read), 0);
     ExpectSame(read, update);

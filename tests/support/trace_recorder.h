@@ -2,7 +2,6 @@
 #ifndef QEL_TESTS_SUPPORT_TRACE_RECORDER_H
 #define QEL_TESTS_SUPPORT_TRACE_RECORDER_H
 
-#include <algorithm>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -38,18 +37,17 @@ class TraceRecorder {
             texts.push_back(line.text);
         return texts;
     }
-    bool Contains(const std::string& text) const {
-        TraceLine found;
-        return Find(text, &found);
-    }
+    bool Contains(const std::string& text) const { return Find(text); }
     // Is there a line with exactly this text? The first one in `found`.
-    bool Find(const std::string& text, TraceLine* found) const {
-        const std::vector<TraceLine> lines = Lines();
-        const auto it = std::find_if(lines.begin(), lines.end(),
-                                     [&](const TraceLine& line) { return line.text == text; });
-        if (it != lines.end())
-            *found = *it;
-        return it != lines.end();
+    bool Find(const std::string& text, TraceLine* found = nullptr) const {
+        for (const TraceLine& line : Lines()) {
+            if (line.text != text)
+                continue;
+            if (found != nullptr)
+                *found = line;
+            return true;
+        }
+        return false;
     }
     void Clear() {
         std::lock_guard<std::mutex> lock(mutex_);
