@@ -242,21 +242,33 @@ std::string Request(const std::string& className, const std::string& method,
     return FakeSomService::ReplyText(className, method, 0, body);
 }
 
+// How an exit line prints the code: as an int, as an int widened to 64
+// unsigned bits, or the 64-bit value (the log readers' 32 one-bits are -1 there).
+enum Print { kInt, kWide, kLong };
+
+std::string Printed(Print print, HRESULT rc) {
+    if (print == kLong)
+        return std::to_string(static_cast<unsigned long>(rc == 0xFFFFFFFFL ? -1L : rc));
+    const int narrow = static_cast<int>(rc);
+    return print == kInt ? std::to_string(narrow)
+                         : std::to_string(static_cast<unsigned long>(static_cast<long>(narrow)));
+}
+
 struct Operation {
     std::string signature;  // as the entry and exit lines name it
-    std::string rc;         // the exit line's code for the service's kServiceError
+    Print print;
     std::string request;
     std::function<HRESULT()> call;
-    std::string detail = "";  // what the entry line adds
-    HRESULT result = kError;  // what the call returns then
+    std::string detail = "";        // what the entry line adds
+    HRESULT result = kError;        // what the call returns for the service's kServiceError
+    HRESULT stopped = 0x80081001L;  // and with the service absent
 };
 
 TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
-    const std::string signed32 = "-2147478988", widened = "18446744071562072628";
     const std::string relayArgs = "(std::string, IWbemClassObject*, IWbemClassObject**)";
     const std::string um = "VELMORA_UpdateManager", wd = "VELMORA_ToolServiceWD",
                       logs = "VELMORA_LogManager";
-    CVELMORA_UpdateSchedule update;
+    CVELMORA_UpdateSchedule update, read;
     update.IsAutoSetting = true;
     update.RepeatType = 1;
     update.DayOfWeek = "a";
@@ -291,6 +303,7 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
         };
     };
     // A relayed method keeps of the reply only the result, as ReturnValue.
+    long relayed = 0;
     auto relay = [&](Wbem call) {
         return [&, call] {
             IWbemClassObject mine;
@@ -298,102 +311,101 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
             IWbemClassObject* out = &mine;
             HRESULT rc = (som.*call)("C", &in, &out);
             EXPECT_EQ(mine.size(), 1u);
-            EXPECT_EQ(*mine.GetAs<long>("ReturnValue"), static_cast<int>(kServiceError));
+            EXPECT_EQ(*mine.GetAs<long>("ReturnValue"), relayed);
             return rc;
         };
     };
     std::vector<Operation> operations = {
-        {"SetUpdatePriority(std::string, const CVelmora_PriorityUpdateParam&)", widened,
+        {"SetUpdatePriority(std::string, const CVelmora_PriorityUpdateParam&)", kWide,
          Request("VELMORA_Nic", "SetUpdatePriority",
                  "class;Velmora_PriorityUpdateParam;;string;AppKey;;uint;UpdatePriority;0;string;"
                  "VendorName;;string;DeviceID;;string;ModuleKind;;"),
          [&] { return som.SetUpdatePriority("VELMORA_Nic", priority); }},
         {"SetAutoDownloadSetting(const CVELMORA_DownloadSetting&, const "
          "CVELMORA_DownloadSchedule&)",
-         widened,
+         kWide,
          Request(um, "SetAutoDownloadSetting",
                  "class;DownloadSchedule;;bool;IsAutoSetting;false;int;RepeatType;0;string;"
                  "DayOfWeek;;string;Date;;string;Time;;" +
                      download),
          [&] { return som.SetAutoDownloadSetting(setting, schedule); }},
-        {"SetAutoUpdateSetting(const CVELMORA_UpdateSchedule&)", widened,
+        {"SetAutoUpdateSetting(const CVELMORA_UpdateSchedule&)", kWide,
          "00000074cafefeedVELMORA_UpdateManager/"
          "SetAutoUpdateSetting0000000000000109class;UpdateSchedule;;bool;IsAutoSetting;true;int;"
          "RepeatType;1;string;DayOfWeek;a;string;Date;;string;Time;c;",
          [&] { return som.SetAutoUpdateSetting(update); }},
-        {"DownloadAll(const CVELMORA_DownloadSetting&)", widened,
+        {"DownloadAll(const CVELMORA_DownloadSetting&)", kWide,
          Request(um, "DownloadAll", download), [&] { return som.DownloadAll(setting); }},
-        {"GetAutoDownloadSetting(CVELMORA_DownloadSetting&, CVELMORA_DownloadSchedule&)", signed32,
+        {"GetAutoDownloadSetting(CVELMORA_DownloadSetting&, CVELMORA_DownloadSchedule&)", kInt,
          Request(um, "GetAutoDownloadSetting"),
          [&] { return som.GetAutoDownloadSetting(setting, schedule); }},
-        {"GetAutoUpdateSetting(CVELMORA_UpdateSchedule&)", widened,
-         Request(um, "GetAutoUpdateSetting"), [&] { return som.GetAutoUpdateSetting(update); }},
+        {"GetAutoUpdateSetting(CVELMORA_UpdateSchedule&)", kWide,
+         Request(um, "GetAutoUpdateSetting"), [&] { return som.GetAutoUpdateSetting(read); }},
         {"GetUpdatePlans(std::string, std::vector<CVELMORA_UpdatePlans, "
          "std::allocator<CVELMORA_UpdatePlans> >&)",
-         signed32, Request("C", "GetUpdatePlans"), [&] { return som.GetUpdatePlans("C", plans); }},
+         kInt, Request("C", "GetUpdatePlans"), [&] { return som.GetUpdatePlans("C", plans); }},
         {"GetUpdatePlans(std::string, bool, std::vector<CVELMORA_UpdatePlans, "
          "std::allocator<CVELMORA_UpdatePlans> >&)",
-         signed32,
+         kInt,
          "00000068cafefeedVELMORA_UpdateManager/GetUpdatePlans0000000000000016bool;Rollback;1;",
          [&] { return som.GetUpdatePlans(um, true, plans); }},
-        {"ReleaseOperatingAuthority(std::string, std::string)", signed32,
+        {"ReleaseOperatingAuthority(std::string, std::string)", kInt,
          Request("C", "ReleaseOperatingAuthority", "string;AppKey;key-1;"),
          [&] { return som.ReleaseOperatingAuthority("C", "key-1"); }},
-        {"GetOperatingAuthority(std::string, std::string)", signed32,
+        {"GetOperatingAuthority(std::string, std::string)", kInt,
          "00000067cafefeedVELMORA_Other/GetOperatingAuthority0000000000000020string;AppKey;key-1;",
          [&] { return som.GetOperatingAuthority("VELMORA_Other", "key-1"); }},
-        {"ExecuteReboot()", widened,
+        {"ExecuteReboot()", kWide,
          "00000067cafefeedVELMORA_UpdateManager/ExecuteReboot0000000000000000",
          [&] { return som.ExecuteReboot(); }},
-        {"RollbackAll(LONG&)", signed32, Request(um, "RollbackAll"),
+        {"RollbackAll(LONG&)", kInt, Request(um, "RollbackAll"),
          [&] { return som.RollbackAll(kind); }},
-        {"UpdateAll(LONG&)", signed32, Request(um, "UpdateAll"),
-         [&] { return som.UpdateAll(kind); }},
+        {"UpdateAll(LONG&)", kInt, Request(um, "UpdateAll"), [&] { return som.UpdateAll(kind); }},
         {"CollectQelVersion(std::vector<CVELMORA_QelVersionInfo, "
          "std::allocator<CVELMORA_QelVersionInfo> >&)",
-         signed32, Request("VELMORA_QelVersion", "CollectQelVersion"),
+         kInt, Request("VELMORA_QelVersion", "CollectQelVersion"),
          [&] { return som.CollectQelVersion(versions); }},
         {"CollectVersionUpLog(std::vector<CVELMORA_VersionUpdateLog, "
          "std::allocator<CVELMORA_VersionUpdateLog> >&)",
-         signed32, Request(logs, "CollectVersionUpLog"),
+         kInt, Request(logs, "CollectVersionUpLog"),
          [&] { return som.CollectVersionUpLog(updateLogs); }},
-        {"CollectDownloadLog(std::string, " + kLines + ")", "2147488308",
+        {"CollectDownloadLog(std::string, " + kLines + ")", kLong,
          "00000069cafefeedVELMORA_LogManager/CollectDownloadLog0000000000000018string;AppKey;app;",
-         [&] { return som.CollectDownloadLog("app", text); }, " app"},
-        {"CollectResultLog(std::string, " + kLines + ")", "2147488308",
+         [&] { return som.CollectDownloadLog("app", text); }, " app", kError, 0xFFFFFFFFL},
+        {"CollectResultLog(std::string, " + kLines + ")", kLong,
          Request(logs, "CollectResultLog", "string;AppKey;app;"),
-         [&] { return som.CollectResultLog("app", text); }},
-        {"getManagerLog(const char*, const char*, " + kLines + ")", "2147488308",
+         [&] { return som.CollectResultLog("app", text); }, "", kError, 0xFFFFFFFFL},
+        {"getManagerLog(const char*, const char*, " + kLines + ")", kLong,
          Request(logs, "CollectResultLog"),
-         [&] { return som.getManagerLog("CollectResultLog", nullptr, text); }},
-        {"AliveMonitorUpdateParameters()", widened,
+         [&] { return som.getManagerLog("CollectResultLog", nullptr, text); }, "", kError, -1},
+        {"AliveMonitorUpdateParameters()", kWide,
          "00000081cafefeedVELMORA_ToolServiceWD/AliveMonitorUpdateParameter0000000000000000",
          [&] { return som.AliveMonitorUpdateParameters(); }},
-        {"AliveMonitorClearParameters()", widened, Request(wd, "AliveMonitorClearParameter"),
+        {"AliveMonitorClearParameters()", kWide, Request(wd, "AliveMonitorClearParameter"),
          [&] { return som.AliveMonitorClearParameters(); }},
-        {"AliveMonitorSetParameter(std::string, std::string)", widened,
+        {"AliveMonitorSetParameter(std::string, std::string)", kWide,
          "00000078cafefeedVELMORA_ToolServiceWD/"
          "AliveMonitorSetParameter0000000000000037string;Name;Interval;string;Value;30;",
          [&] { return som.AliveMonitorSetParameter("Interval", "30"); }},
-        {"AliveMonitorGetParameter(std::string, std::string&, uint&)", signed32,
+        {"AliveMonitorGetParameter(std::string, std::string&, uint&)", kInt,
          Request(wd, "AliveMonitorGetParameter", "string;Name;a;b;"),
          [&] { return som.AliveMonitorGetParameter("a;b", value, type); }},
-        {"GetProviderManageInfo(std::string, CVelmora_DevProviderManageInfo&)", "-2146955007",
+        {"GetProviderManageInfo(std::string, CVelmora_DevProviderManageInfo&)", kInt,
          Request("C", "GetProviderManageInfo"),
          [&] { return som.GetProviderManageInfo("C", devices); }, " C", 0x80081101L},
-        {"GetProviderManageInfo(std::string, CVelmora_ToolProviderManageInfo&)", "-2146955007",
+        {"GetProviderManageInfo(std::string, CVelmora_ToolProviderManageInfo&)", kInt,
          Request("C", "GetProviderManageInfo"),
          [&] { return som.GetProviderManageInfo("C", tools); }, " C", 0x80081101L},
-        {"CheckUpdateModuleConformity" + relayArgs, signed32,
+        {"CheckUpdateModuleConformity" + relayArgs, kInt,
          Request("C", "CheckUpdateModuleConformity", inText),
          wbem(&CSomIf::CheckUpdateModuleConformity), " C"},
-        {"GetProviderManageInfo" + relayArgs, signed32, Request("C", "GetProviderManageInfo"),
+        {"GetProviderManageInfo" + relayArgs, kInt, Request("C", "GetProviderManageInfo"),
          wbem(&CSomIf::GetProviderManageInfo), " C"},
-        {"GetUpdatePlans" + relayArgs, signed32, Request("C", "GetUpdatePlans", inText),
+        {"GetUpdatePlans" + relayArgs, kInt, Request("C", "GetUpdatePlans", inText),
          wbem(&CSomIf::GetUpdatePlans), " C"},
         {"ExecMethod(OLECHAR*, OLECHAR*, long int, IWbemContext*, IWbemClassObject*, "
          "IWbemClassObject**, IWbemCallResult**)",
-         "0", Request("C", "M", inText),
+         kInt, Request("C", "M", inText),
          [&] {
              IWbemClassObject* out = nullptr;
              HRESULT rc = som.ExecMethod(const_cast<char*>("C"), const_cast<char*>("M"), 0, nullptr,
@@ -404,16 +416,16 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
          "", 0},
         {"int CSomIf::TransUmMessage(std::string, std::string, IWbemClassObject*, "
          "IWbemClassObject**)",
-         signed32, Request("C", "M"),
+         kInt, Request("C", "M"),
          [&] {
              IWbemClassObject out;
              IWbemClassObject* outPtr = &out;
              return som.TransUmMessage("C", "M", nullptr, &outPtr);
          },
-         " C M", static_cast<int>(kServiceError)},
+         " C M"},
     };
     // The relayed methods: wire name, and whether the entry line names the class.
-    const std::tuple<const char*, const char*, Wbem, bool> relayed[] = {
+    const std::tuple<const char*, const char*, Wbem, bool> relays[] = {
         {"Reboot", "Reboot", &CSomIf::Reboot, true},
         {"ExecuteUpdateApplyCheck", "ExecuteUpdateApplyCheck", &CSomIf::ExecuteUpdateApplyCheck,
          true},
@@ -427,45 +439,33 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
         {"ExecuteUpdateBackup", "ExecuteUpdateBackup", &CSomIf::ExecuteUpdateBackup, true},
         {"ExecuteUpdate", "ExecuteUpdate", &CSomIf::ExecuteUpdate, false},
     };
-    for (const auto& r : relayed) {
-        operations.push_back({std::get<0>(r) + relayArgs, signed32,
+    for (const auto& r : relays) {
+        operations.push_back({std::get<0>(r) + relayArgs, kInt,
                               Request("C", std::get<1>(r), inText), relay(std::get<2>(r)),
                               std::get<3>(r) ? " C" : ""});
     }
-    for (const Operation& op : operations) {
-        service.Push(Action::Answer("long;ReturnValue;4;string;Extra;x;", kServiceError));
-        qel_test::TraceRecorder traces;
-        const std::string sig = (op.signature[0] == 'i' ? "" : "HRESULT CSomIf::") + op.signature;
-        EXPECT_EQ(op.call(), op.result) << sig;
-        EXPECT_EQ(service.LastRequest().bytes, op.request) << sig;
-        ASSERT_FALSE(traces.Texts().empty());
-        EXPECT_EQ(traces.Texts().front(), "[ENTER] " + sig + op.detail);
-        EXPECT_TRUE(traces.Contains("[LEAVE] " + sig + ", rc=" + op.rc)) << sig;
+    // Answered with kServiceError; then failed: closed unanswered, and the service gone.
+    for (int pass = 0; pass < 3; ++pass) {
+        if (pass == 2)
+            service.Stop();
+        relayed = pass == 0 ? static_cast<int>(kServiceError) : 1;  // 1: left alone
+        for (const Operation& op : operations) {
+            service.Push(pass == 0
+                             ? Action::Answer("long;ReturnValue;4;string;Extra;x;", kServiceError)
+                             : Action::Raw(""));
+            qel_test::TraceRecorder traces;
+            const bool isInt = op.signature[0] == 'i';
+            const std::string sig = (isInt ? "" : "HRESULT CSomIf::") + op.signature;
+            const HRESULT rc = pass == 0 ? op.result : pass == 1 ? 0x80081101L : op.stopped;
+            EXPECT_EQ(op.call(), isInt ? static_cast<int>(rc) : rc) << sig;
+            EXPECT_EQ(pass < 2 ? service.LastRequest().bytes : op.request, op.request) << sig;
+            ASSERT_FALSE(traces.Texts().empty());
+            EXPECT_EQ(traces.Texts().front(), "[ENTER] " + sig + op.detail);
+            EXPECT_TRUE(traces.Contains("[LEAVE] " + sig + ", rc=" + Printed(op.print, rc))) << sig;
+        }
     }
 }
 
-TEST_F(OperationsTest, ExchangeFailuresAndReturnValues) {
-    qel_test::TraceRecorder traces;
-    CVELMORA_UpdateSchedule update;
-    service.Push(Action::Answer("long;ReturnValue;6;"));
-    EXPECT_EQ(som.SetAutoUpdateSetting(update), 6);
-    service.Push(Action::Raw(""));
-    EXPECT_EQ(som.GetOperatingAuthority("C", "k"), 0x80081101L);
-    EXPECT_TRUE(traces.Contains(
-        "[LEAVE] HRESULT CSomIf::GetOperatingAuthority(std::string, std::string), rc=-2146955007"));
-    std::vector<std::string> lines;
-    service.Push(Action::Raw(""));
-    EXPECT_EQ(som.getManagerLog("CollectResultLog", "", lines), 0x80081101L);
-    service.Stop();
-    EXPECT_EQ(som.SetAutoUpdateSetting(update), 0x80081001L);
-    EXPECT_TRUE(
-        traces.Contains("[LEAVE] HRESULT CSomIf::SetAutoUpdateSetting(const "
-                        "CVELMORA_UpdateSchedule&), rc=18446744071562596353"));
-    EXPECT_EQ(som.getManagerLog("CollectResultLog", "", lines), -1);
-    EXPECT_EQ(som.CollectDownloadLog("app", lines), 0xFFFFFFFFL);
-    EXPECT_TRUE(traces.Contains("[LEAVE] HRESULT CSomIf::getManagerLog(const char*, const char*, " +
-                                kLines + "), rc=18446744073709551615"));
-}
 TEST_F(OperationsTest, ReadersDecodeOnlyWhenNotNegative) {
     const std::string download =
         "class;DownloadSchedule;;bool;IsAutoSetting;true;int;RepeatType;2;string;DayOfWeek;Sun;"
@@ -533,6 +533,8 @@ TEST_F(OperationsTest, ReadersDecodeOnlyWhenNotNegative) {
                                 kServiceError));
     som.GetAutoUpdateSetting(update);
     EXPECT_EQ(update.RepeatType, 4);
+    service.Push(Action::Answer("long;ReturnValue;6;"));  // a zero result: ReturnValue
+    EXPECT_EQ(som.SetAutoUpdateSetting(update), 6);
     service.Stop();
     update.DayOfWeek = "kept";
     som.GetAutoUpdateSetting(update);
@@ -658,11 +660,6 @@ TEST_F(OperationsTest, WbemQueriesDecodeOnlyWhenNotNegative) {
     std::unique_ptr<IWbemClassObject> ownedTree(tree);
     IWbemClassObject* provider = *tree->GetAs<IWbemClassObject*>("DevProviderManageInfo");
     EXPECT_EQ((*provider->GetAs<Objects*>("DeviceInfo"))->size(), 3u);
-
-    service.Stop();
-    IWbemClassObject* none = nullptr;
-    EXPECT_EQ(som.GetUpdatePlans("C", &in, &none), 0x80081001L);
-    EXPECT_EQ(none, nullptr);
 }
 
 TEST_F(OperationsTest, ProcessStatusFile) {
