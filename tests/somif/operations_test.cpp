@@ -481,30 +481,27 @@ TEST_F(OperationsTest, ReadersDecodeOnlyWhenNotNegative) {
         EXPECT_EQ(som.CollectDownloadLog("app", lines), result == 0 ? 0 : HRESULT(result));
         EXPECT_EQ(lines.size(), result == 0 ? 3u : 1u);
         EXPECT_EQ(lines.front() + lines.back(), result == 0 ? "firstthird" : "oldold");
+        auto answer = [&](const std::string& body) {  // the next reply's body
+            service.Push(Action::Answer(body, result));
+            return &som;
+        };
         CVELMORA_DownloadSetting setting;
         CVELMORA_DownloadSchedule schedule;
-        service.Push(Action::Answer(download, result));
-        som.GetAutoDownloadSetting(setting, schedule);
+        answer(download)->GetAutoDownloadSetting(setting, schedule);
         EXPECT_EQ(schedule.Time == "04:00" && setting.DownloadType == 1, decoded);
         std::vector<CVELMORA_UpdatePlans> plans;
-        service.Push(Action::Answer("class[];UpdatePlansList;;" + plan + plan, result));
-        som.GetUpdatePlans("C", plans);
-        EXPECT_EQ(plans.size(), decoded ? 2u : 0u);
+        answer("class[];UpdatePlansList;;" + plan + plan)->GetUpdatePlans("C", plans);
         std::vector<CVELMORA_QelVersionInfo> versions;
-        service.Push(Action::Answer("string;GroupName;core;string;FileName;f;", result));
-        som.CollectQelVersion(versions);
-        EXPECT_EQ(versions.size(), decoded ? 1u : 0u);
+        answer("string;GroupName;core;string;FileName;f;")->CollectQelVersion(versions);
         std::vector<CVELMORA_VersionUpdateLog> logs;
-        service.Push(Action::Answer("string;ProviderName;nic;string;DateTime;d;", result));
-        som.CollectVersionUpLog(logs);
-        EXPECT_EQ(logs.size(), decoded ? 1u : 0u);
-        LONG kind = 42;
-        service.Push(Action::Answer("long;Reboot;1;", result));
-        som.UpdateAll(kind);
-        EXPECT_EQ(kind, decoded ? 1 : 42);
-        service.Push(Action::Answer("string;Other;x;", result));  // no "Reboot" item
-        som.RollbackAll(kind);
-        EXPECT_EQ(kind, decoded ? 0 : 42);
+        answer("string;ProviderName;nic;string;DateTime;d;")->CollectVersionUpLog(logs);
+        EXPECT_EQ(std::to_string(plans.size()) + std::to_string(versions.size()) +
+                      std::to_string(logs.size()),
+                  decoded ? "211" : "000");
+        LONG kind = 42, after = 42;
+        answer("long;Reboot;1;")->UpdateAll(kind);
+        answer("string;Other;x;")->RollbackAll(after);  // no "Reboot" item
+        EXPECT_EQ(std::to_string(kind) + std::to_string(after), decoded ? "10" : "4242");
         const std::pair<const char*, const char*> alive[] = {
             {"string;Value;abc;int;Type;2;", "abc2"},
             {"int;Type;5;string;Value;abc;", "old5"},      // "Value" not first: kept
@@ -513,8 +510,7 @@ TEST_F(OperationsTest, ReadersDecodeOnlyWhenNotNegative) {
         for (const auto& c : alive) {
             std::string value = "old";
             unsigned type = 9;
-            service.Push(Action::Answer(c.first, result));
-            som.AliveMonitorGetParameter("Interval", value, type);
+            answer(c.first)->AliveMonitorGetParameter("Interval", value, type);
             EXPECT_EQ(value + std::to_string(type), decoded ? c.second : "old9") << c.first;
         }
     }
