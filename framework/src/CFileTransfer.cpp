@@ -22,7 +22,6 @@
 
 namespace {
 
-const std::size_t kLengthFieldWidth = CFileTransfer::kLengthFieldWidth;
 const std::size_t kReadAhead = 4096;
 const char kTraceSource[] = "CFileTransfer";
 const int kTraceLevelError = 2;
