@@ -149,8 +149,7 @@ template <class Record>
 std::vector<Record> Records(std::size_t bytes) {
     std::vector<Record> records;
     std::string text = ListHeaderItem(qel::ListHeader(Record()));
-    IWbemClassObject target;
-    qel::ItemWriter writer(target, text);
+    qel::ItemWriter writer(text);
     for (std::size_t i = 0; text.size() < bytes; ++i) {
         records.emplace_back();
         Fill(records.back(), i);
@@ -162,8 +161,7 @@ std::vector<Record> Records(std::size_t bytes) {
 template <class Record>
 std::string ListText(const std::vector<Record>& records) {
     std::string out = ListHeaderItem(qel::ListHeader(Record()));
-    IWbemClassObject target;
-    qel::ItemWriter writer(target, out);
+    qel::ItemWriter writer(out);
     for (const auto& record : records)
         qel::VisitFields(record, writer);
     return out;

@@ -76,8 +76,6 @@ class QEL_SOMIF_API CProviderManageInfo : public CSerializedMsg {
     char* setDependencyInfo(char* pos, const char* listName, IWbemClassObject& entry);
 
   private:
-    IWbemClassObject m_writeTarget;  // receiver of the item writers; never filled
-    std::string m_traceName;
     bool m_isDevice;  // set by the property-object reader before it is read
 };
 

@@ -83,10 +83,6 @@ class QEL_SOMIF_API CUpDownSchedule : public CSerializedMsg {
     // Module references, appended to `list`.
     char* SetUpdateShareInfo(char* pos, std::vector<IWbemClassObject*>* list);
     char* SetUpdateSimuInfo(char* pos, std::vector<IWbemClassObject*>* list);
-
-  private:
-    IWbemClassObject m_writeTarget;  // receiver of the item writers; never filled
-    std::string m_traceName;
 };
 
 #endif  // QEL_CUPDOWNSCHEDULE_H

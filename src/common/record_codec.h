@@ -6,6 +6,7 @@
 
 #include "CSerializedMsg.h"
 #include "IWbemClassObject.h"
+#include "QelItemText.h"
 #include "codec/item_view.h"
 #include "record_fields.h"
 
@@ -14,16 +15,17 @@ namespace qel {
 // Appends one item per field through the item writers of `target`.
 class ItemWriter {
   public:
-    ItemWriter(IWbemClassObject& target, std::string& out) : target_(target), out_(out) {}
+    explicit ItemWriter(std::string& out) : out_(out) {}
     void String(const char* name, const std::string& value) {
-        target_.SetString(out_, name, value);
+        item::AppendStringItem(out_, name, value);
     }
-    void Int(const char* name, int value) { target_.SetInt(out_, name, value); }
-    void UInt(const char* name, unsigned int value) { target_.SetUInt(out_, name, value); }
-    void Bool(const char* name, bool value) { target_.SetBool(out_, name, value); }
+    void Int(const char* name, int value) { item::AppendIntItem(out_, name, value); }
+    void UInt(const char* name, unsigned int value) {
+        item::AppendIntItem(out_, name, value, item::kTagUInt);
+    }
+    void Bool(const char* name, bool value) { item::AppendBoolItem(out_, name, value); }
 
   private:
-    IWbemClassObject& target_;
     std::string& out_;
 };
 

@@ -6,13 +6,13 @@
 #include "provider_signatures.h"
 
 CProviderManageInfo::CProviderManageInfo(std::string traceName)
-    : CSerializedMsg(traceName), m_traceName(std::move(traceName)), m_isDevice(false) {
-    qel::InitializeTraceOnce(m_traceName);
-    qel::TraceEnter(m_traceName, qel::sig::kProviderManageInfoConstructor);
-    qel::TraceLeave(m_traceName, qel::sig::kProviderManageInfoConstructor);
+    : CSerializedMsg(std::move(traceName)), m_isDevice(false) {
+    qel::InitializeTraceOnce(this->traceName());
+    qel::TraceEnter(this->traceName(), qel::sig::kProviderManageInfoConstructor);
+    qel::TraceLeave(this->traceName(), qel::sig::kProviderManageInfoConstructor);
 }
 
 CProviderManageInfo::~CProviderManageInfo() {
-    qel::TraceEnter(m_traceName, qel::sig::kProviderManageInfoDestructor);
-    qel::TraceLeave(m_traceName, qel::sig::kProviderManageInfoDestructor);
+    qel::TraceEnter(this->traceName(), qel::sig::kProviderManageInfoDestructor);
+    qel::TraceLeave(this->traceName(), qel::sig::kProviderManageInfoDestructor);
 }

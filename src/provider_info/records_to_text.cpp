@@ -36,18 +36,18 @@ void AppendListHeader(std::string& text, const char* tag, const std::string& pre
 }  // namespace
 
 void CProviderManageInfo::toString(const CVelmora_DevProviderManageInfo& info, std::string& text) {
-    m_writeTarget.SetString(text, kProviderName, info.ProviderName);
-    m_writeTarget.SetString(text, kProviderVendorName, info.ProviderVendorName);
-    m_writeTarget.SetString(text, kProviderVersion, info.ProviderVersion);
+    qel::item::AppendStringItem(text, kProviderName, info.ProviderName);
+    qel::item::AppendStringItem(text, kProviderVendorName, info.ProviderVendorName);
+    qel::item::AppendStringItem(text, kProviderVersion, info.ProviderVersion);
     for (std::size_t i = 0; i < info.DeviceInfo.size(); ++i) {
         getDeviceInfo(info.DeviceInfo[i], static_cast<int>(i), text);
     }
 }
 
 void CProviderManageInfo::toString(const CVelmora_ToolProviderManageInfo& info, std::string& text) {
-    m_writeTarget.SetString(text, kProviderName, info.ProviderName);
-    m_writeTarget.SetString(text, kProviderVendorName, info.ProviderVendorName);
-    m_writeTarget.SetString(text, kProviderVersion, info.ProviderVersion);
+    qel::item::AppendStringItem(text, kProviderName, info.ProviderName);
+    qel::item::AppendStringItem(text, kProviderVendorName, info.ProviderVendorName);
+    qel::item::AppendStringItem(text, kProviderVersion, info.ProviderVersion);
     for (std::size_t i = 0; i < info.ToolInfo.size(); ++i) {
         getToolInfo(info.ToolInfo[i], static_cast<int>(i), text);
     }
@@ -56,12 +56,12 @@ void CProviderManageInfo::toString(const CVelmora_ToolProviderManageInfo& info, 
 void CProviderManageInfo::getDeviceInfo(const CVelmora_DeviceInfo& device, int index,
                                         std::string& text) {
     const std::string p = getClassArrayName(kDeviceInfo, index);
-    m_writeTarget.SetString(text, p, kVendorName, device.VendorName);
-    m_writeTarget.SetString(text, p, kUniqueName, device.UniqueName);
-    m_writeTarget.SetString(text, p, kDeviceId, device.DeviceId);
-    m_writeTarget.SetString(text, p, kDeviceName, device.DeviceName);
-    m_writeTarget.SetString(text, p, kDeviceVendorName, device.DeviceVendorName);
-    m_writeTarget.SetString(text, p, kHardwareVersion, device.HardwareVersion);
+    qel::item::AppendStringItem(text, p, kVendorName, device.VendorName);
+    qel::item::AppendStringItem(text, p, kUniqueName, device.UniqueName);
+    qel::item::AppendStringItem(text, p, kDeviceId, device.DeviceId);
+    qel::item::AppendStringItem(text, p, kDeviceName, device.DeviceName);
+    qel::item::AppendStringItem(text, p, kDeviceVendorName, device.DeviceVendorName);
+    qel::item::AppendStringItem(text, p, kHardwareVersion, device.HardwareVersion);
     AppendStringArray(text, p, kExtendedInfo, device.ExtendedInfo);
     AppendListHeader(text, kLinkAppListTag, p, kLinkAppInfo);
     for (std::size_t j = 0; j < device.LinkAppInfo.size(); ++j) {
@@ -75,8 +75,8 @@ void CProviderManageInfo::getDeviceInfo(const CVelmora_DeviceInfo& device, int i
 
 void CProviderManageInfo::getToolInfo(const CVelmora_ToolInfo& tool, int index, std::string& text) {
     const std::string p = getClassArrayName(kToolInfo, index);
-    m_writeTarget.SetString(text, p, kVendorName, tool.VendorName);
-    m_writeTarget.SetString(text, p, kUniqueName, tool.UniqueName);
+    qel::item::AppendStringItem(text, p, kVendorName, tool.VendorName);
+    qel::item::AppendStringItem(text, p, kUniqueName, tool.UniqueName);
     AppendStringArray(text, p, kExtendedInfo, tool.ExtendedInfo);
     AppendListHeader(text, kLinkAppListTag, p, kLinkAppInfo);
     for (std::size_t j = 0; j < tool.LinkAppInfo.size(); ++j) {
@@ -91,18 +91,18 @@ void CProviderManageInfo::getToolInfo(const CVelmora_ToolInfo& tool, int index, 
 void CProviderManageInfo::getLinkAppInfo(const CVelmora_LinkApplicationInfo& app, int index,
                                          std::string& text) {
     const std::string p = getClassArrayName(kLinkAppInfo, index);
-    m_writeTarget.SetString(text, p, kApplicationName, app.ApplicationName);
-    m_writeTarget.SetString(text, p, kExecutePath, app.ExecutePath);
-    m_writeTarget.SetString(text, p, kDescriptionFilePath, app.DescriptionFilePath);
+    qel::item::AppendStringItem(text, p, kApplicationName, app.ApplicationName);
+    qel::item::AppendStringItem(text, p, kExecutePath, app.ExecutePath);
+    qel::item::AppendStringItem(text, p, kDescriptionFilePath, app.DescriptionFilePath);
 }
 
 void CProviderManageInfo::getModuleInfo(const CVelmora_ManageModuleInfo& module, int index,
                                         std::string& text) {
     const std::string p = getClassArrayName(kModuleInfo, index);
-    m_writeTarget.SetString(text, p, kModuleKind, module.ModuleKind);
-    m_writeTarget.SetInt(text, p, kUpdatePriority, module.UpdatePriority);
-    m_writeTarget.SetInt(text, p, kUpdateStatus, module.UpdateStatus);
-    m_writeTarget.SetInt(text, p, kUpdateProgress, module.UpdateProgress);
+    qel::item::AppendStringItem(text, p, kModuleKind, module.ModuleKind);
+    qel::item::AppendIntItem(text, p + kUpdatePriority, module.UpdatePriority);
+    qel::item::AppendIntItem(text, p + kUpdateStatus, module.UpdateStatus);
+    qel::item::AppendIntItem(text, p + kUpdateProgress, module.UpdateProgress);
     AppendListHeader(text, kRepositoryListTag, p, kRepositoryInfo);
     for (std::size_t k = 0; k < module.RepositoryInfo.size(); ++k) {
         getRepositoryInfo(module.RepositoryInfo[k], static_cast<int>(k), text);
@@ -112,17 +112,17 @@ void CProviderManageInfo::getModuleInfo(const CVelmora_ManageModuleInfo& module,
 void CProviderManageInfo::getRepositoryInfo(const CVelmora_ManageRepositoryInfo& entry, int index,
                                             std::string& text) {
     const std::string p = getClassArrayName(kRepositoryInfo, index);
-    m_writeTarget.SetString(text, p, kApplyKind, entry.ApplyKind);
-    m_writeTarget.SetString(text, p, kHardwareVersion, entry.HardwareVersion);
-    m_writeTarget.SetString(text, p, kDisplayName, entry.DisplayName);
-    m_writeTarget.SetString(text, p, kVendorVersion, entry.VendorVersion);
-    m_writeTarget.SetString(text, p, kModulePath, entry.ModulePath);
-    m_writeTarget.SetInt(text, p, kPriority, entry.Priority);
-    m_writeTarget.SetString(text, p, kReqProviderVersion, entry.ReqProviderVersion);
-    m_writeTarget.SetString(text, p, kRebootAfterPreUpdate, entry.RebootAfterPreUpdate);
-    m_writeTarget.SetString(text, p, kRebootAfterUpdate, entry.RebootAfterUpdate);
-    m_writeTarget.SetString(text, p, kRebootAfterRestore, entry.RebootAfterRestore);
-    m_writeTarget.SetBool(text, p, kRecovery, entry.Recovery);
+    qel::item::AppendStringItem(text, p, kApplyKind, entry.ApplyKind);
+    qel::item::AppendStringItem(text, p, kHardwareVersion, entry.HardwareVersion);
+    qel::item::AppendStringItem(text, p, kDisplayName, entry.DisplayName);
+    qel::item::AppendStringItem(text, p, kVendorVersion, entry.VendorVersion);
+    qel::item::AppendStringItem(text, p, kModulePath, entry.ModulePath);
+    qel::item::AppendIntItem(text, p + kPriority, entry.Priority);
+    qel::item::AppendStringItem(text, p, kReqProviderVersion, entry.ReqProviderVersion);
+    qel::item::AppendStringItem(text, p, kRebootAfterPreUpdate, entry.RebootAfterPreUpdate);
+    qel::item::AppendStringItem(text, p, kRebootAfterUpdate, entry.RebootAfterUpdate);
+    qel::item::AppendStringItem(text, p, kRebootAfterRestore, entry.RebootAfterRestore);
+    qel::item::AppendBoolItem(text, p + kRecovery, entry.Recovery);
     AppendStringArray(text, p, kModuleFileName, entry.ModuleFileName);
     AppendStringArray(text, p, kManualFileName, entry.ManualFileName);
     AppendStringArray(text, p, kReleasenotesFileName, entry.ReleasenotesFileName);
@@ -141,10 +141,10 @@ void CProviderManageInfo::getRepositoryInfo(const CVelmora_ManageRepositoryInfo&
 void CProviderManageInfo::getDependencyInfo(const CVelmora_DependencyInfo& dep,
                                             const char* listName, int index, std::string& text) {
     const std::string p = getClassArrayName(listName, index);
-    m_writeTarget.SetString(text, p, kProviderName, dep.ProviderName);
-    m_writeTarget.SetString(text, p, kVendorName, dep.VendorName);
-    m_writeTarget.SetString(text, p, kUniqueName, dep.UniqueName);
-    m_writeTarget.SetString(text, p, kModuleKind, dep.ModuleKind);
-    m_writeTarget.SetString(text, p, kVendorVersion, dep.VendorVersion);
-    m_writeTarget.SetString(text, p, kUpperVendorVersion, dep.UpperVendorVersion);
+    qel::item::AppendStringItem(text, p, kProviderName, dep.ProviderName);
+    qel::item::AppendStringItem(text, p, kVendorName, dep.VendorName);
+    qel::item::AppendStringItem(text, p, kUniqueName, dep.UniqueName);
+    qel::item::AppendStringItem(text, p, kModuleKind, dep.ModuleKind);
+    qel::item::AppendStringItem(text, p, kVendorVersion, dep.VendorVersion);
+    qel::item::AppendStringItem(text, p, kUpperVendorVersion, dep.UpperVendorVersion);
 }

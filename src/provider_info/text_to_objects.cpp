@@ -76,7 +76,7 @@ int ToInt(const std::string& value) {
 }  // namespace
 
 void CProviderManageInfo::toObject(char* text, IWbemClassObject& out) {
-    qel::TraceEnter(m_traceName, qel::sig::kToObjectTree);
+    qel::TraceEnter(traceName(), qel::sig::kToObjectTree);
     qel::IndexScope index(*this, text);
     std::string ignored;
     m_isDevice = true;
@@ -90,7 +90,7 @@ void CProviderManageInfo::toObject(char* text, IWbemClassObject& out) {
     std::unique_ptr<IWbemClassObject> provider(new IWbemClassObject);
     setManageInfo(pos, *provider);
     out.push(m_isDevice ? kDevProvider : kToolProvider, provider.release());
-    qel::TraceLeave(m_traceName, qel::sig::kToObjectTree);
+    qel::TraceLeave(traceName(), qel::sig::kToObjectTree);
 }
 
 char* CProviderManageInfo::setManageInfo(char* pos, IWbemClassObject& provider) {

@@ -105,36 +105,36 @@ char* ReadModules(CProviderManageInfo& codec, char* pos, Owner& owner) {
 }  // namespace
 
 void CProviderManageInfo::toObject(char* text, CVelmora_DevProviderManageInfo& info) {
-    qel::TraceEnter(m_traceName, qel::sig::kToObjectDev);
+    qel::TraceEnter(traceName(), qel::sig::kToObjectDev);
     std::string ignored;
     setManageInfo(compareItem(text, kDevProvider, ignored), info);
-    qel::TraceLeave(m_traceName, qel::sig::kToObjectDev);
+    qel::TraceLeave(traceName(), qel::sig::kToObjectDev);
 }
 
 void CProviderManageInfo::toObject(char* text, CVelmora_ToolProviderManageInfo& info) {
-    qel::TraceEnter(m_traceName, qel::sig::kToObjectTool);
+    qel::TraceEnter(traceName(), qel::sig::kToObjectTool);
     std::string ignored;
     setManageInfo(compareItem(text, kToolProvider, ignored), info);
-    qel::TraceLeave(m_traceName, qel::sig::kToObjectTool);
+    qel::TraceLeave(traceName(), qel::sig::kToObjectTool);
 }
 
 char* CProviderManageInfo::setManageInfo(char* pos, CVelmora_DevProviderManageInfo& info) {
-    qel::TraceEnter(m_traceName, qel::sig::kSetManageInfoDev);
+    qel::TraceEnter(traceName(), qel::sig::kSetManageInfoDev);
     pos = compareItem(pos, kProviderName, info.ProviderName);
     pos = compareItem(pos, kProviderVendorName, info.ProviderVendorName);
     pos = compareItem(pos, kProviderVersion, info.ProviderVersion);
     pos = setDeviceInfo(pos, info);
-    qel::TraceLeave(m_traceName, qel::sig::kSetManageInfoDev);
+    qel::TraceLeave(traceName(), qel::sig::kSetManageInfoDev);
     return pos;
 }
 
 char* CProviderManageInfo::setManageInfo(char* pos, CVelmora_ToolProviderManageInfo& info) {
-    qel::TraceEnter(m_traceName, qel::sig::kSetManageInfoTool);
+    qel::TraceEnter(traceName(), qel::sig::kSetManageInfoTool);
     pos = compareItem(pos, kProviderName, info.ProviderName);
     pos = compareItem(pos, kProviderVendorName, info.ProviderVendorName);
     pos = compareItem(pos, kProviderVersion, info.ProviderVersion);
     pos = setToolInfo(pos, info);
-    qel::TraceLeave(m_traceName, qel::sig::kSetManageInfoTool);
+    qel::TraceLeave(traceName(), qel::sig::kSetManageInfoTool);
     return pos;
 }
 
@@ -161,11 +161,11 @@ char* CProviderManageInfo::setToolInfo(char* pos, CVelmora_ToolProviderManageInf
 }
 
 char* CProviderManageInfo::setLinkAppInfo(char* pos, CVelmora_DeviceInfo& device) {
-    return ReadLinkApps(*this, pos, device, /*traced=*/true, m_traceName);
+    return ReadLinkApps(*this, pos, device, /*traced=*/true, traceName());
 }
 
 char* CProviderManageInfo::setLinkAppInfo(char* pos, CVelmora_ToolInfo& tool) {
-    return ReadLinkApps(*this, pos, tool, /*traced=*/false, m_traceName);
+    return ReadLinkApps(*this, pos, tool, /*traced=*/false, traceName());
 }
 
 char* CProviderManageInfo::setModuleInfo(char* pos, CVelmora_DeviceInfo& device) {

@@ -5,14 +5,13 @@
 #include "common/trace.h"
 #include "schedule_signatures.h"
 
-CUpDownSchedule::CUpDownSchedule(std::string traceName)
-    : CSerializedMsg(traceName), m_traceName(std::move(traceName)) {
-    qel::InitializeTraceOnce(m_traceName);
-    qel::TraceEnter(m_traceName, qel::sig::kUpDownScheduleConstructor);
-    qel::TraceLeave(m_traceName, qel::sig::kUpDownScheduleConstructor);
+CUpDownSchedule::CUpDownSchedule(std::string traceName) : CSerializedMsg(std::move(traceName)) {
+    qel::InitializeTraceOnce(this->traceName());
+    qel::TraceEnter(this->traceName(), qel::sig::kUpDownScheduleConstructor);
+    qel::TraceLeave(this->traceName(), qel::sig::kUpDownScheduleConstructor);
 }
 
 CUpDownSchedule::~CUpDownSchedule() {
-    qel::TraceEnter(m_traceName, qel::sig::kUpDownScheduleDestructor);
-    qel::TraceLeave(m_traceName, qel::sig::kUpDownScheduleDestructor);
+    qel::TraceEnter(this->traceName(), qel::sig::kUpDownScheduleDestructor);
+    qel::TraceLeave(this->traceName(), qel::sig::kUpDownScheduleDestructor);
 }

@@ -143,31 +143,31 @@ class OpenCloseList {
 }  // namespace
 
 char* CUpDownSchedule::SetUpdateAttrInfo(char* pos, IWbemClassObject* module) {
-    qel::TraceEnter(m_traceName, qel::sig::kSetUpdateAttrInfo);
+    qel::TraceEnter(traceName(), qel::sig::kSetUpdateAttrInfo);
     std::unique_ptr<IWbemClassObject> attributes(new IWbemClassObject);
     pos = ReadBlock(pos, AttrType, [&](const qel::ItemView& item, EntryType type) {
         AddEntry(*attributes, item, type);
     });
     if (module != nullptr)
         module->push(kAttrInfo, attributes.release());
-    qel::TraceLeave(m_traceName, qel::sig::kSetUpdateAttrInfo);
+    qel::TraceLeave(traceName(), qel::sig::kSetUpdateAttrInfo);
     return pos;
 }
 
 char* CUpDownSchedule::SetUpdateLinkInfo(char* pos, IWbemClassObject* module) {
-    qel::TraceEnter(m_traceName, qel::sig::kSetUpdateLinkInfo);
+    qel::TraceEnter(traceName(), qel::sig::kSetUpdateLinkInfo);
     std::unique_ptr<IWbemClassObject> links(new IWbemClassObject);
     pos = ReadBlock(pos, LinkType, [&](const qel::ItemView& item, EntryType type) {
         AddEntry(*links, item, type);
     });
     if (module != nullptr)
         module->push(kLinkInfo, links.release());
-    qel::TraceLeave(m_traceName, qel::sig::kSetUpdateLinkInfo);
+    qel::TraceLeave(traceName(), qel::sig::kSetUpdateLinkInfo);
     return pos;
 }
 
 char* CUpDownSchedule::SetUpdateFileInfo(char* pos, IWbemClassObject* module) {
-    qel::TraceEnter(m_traceName, qel::sig::kSetUpdateFileInfo);
+    qel::TraceEnter(traceName(), qel::sig::kSetUpdateFileInfo);
     ObjectList files;
     ListGuard guard{&files};
     {
@@ -187,7 +187,7 @@ char* CUpDownSchedule::SetUpdateFileInfo(char* pos, IWbemClassObject* module) {
         guard.list = nullptr;
         module->push(kFileInfo, files);
     }
-    qel::TraceLeave(m_traceName, qel::sig::kSetUpdateFileInfo);
+    qel::TraceLeave(traceName(), qel::sig::kSetUpdateFileInfo);
     return pos;
 }
 
@@ -211,21 +211,21 @@ static char* ReadReferences(char* pos, ObjectList* list) {
 }
 
 char* CUpDownSchedule::SetUpdateShareInfo(char* pos, std::vector<IWbemClassObject*>* list) {
-    qel::TraceEnter(m_traceName, qel::sig::kSetUpdateShareInfo);
+    qel::TraceEnter(traceName(), qel::sig::kSetUpdateShareInfo);
     pos = ReadReferences(pos, list);
-    qel::TraceLeave(m_traceName, qel::sig::kSetUpdateShareInfo);
+    qel::TraceLeave(traceName(), qel::sig::kSetUpdateShareInfo);
     return pos;
 }
 
 char* CUpDownSchedule::SetUpdateSimuInfo(char* pos, std::vector<IWbemClassObject*>* list) {
-    qel::TraceEnter(m_traceName, qel::sig::kSetUpdateSimuInfo);
+    qel::TraceEnter(traceName(), qel::sig::kSetUpdateSimuInfo);
     pos = ReadReferences(pos, list);
-    qel::TraceLeave(m_traceName, qel::sig::kSetUpdateSimuInfo);
+    qel::TraceLeave(traceName(), qel::sig::kSetUpdateSimuInfo);
     return pos;
 }
 
 char* CUpDownSchedule::SetUpdateDepoInfo(char* pos, IWbemClassObject* module) {
-    qel::TraceEnter(m_traceName, qel::sig::kSetUpdateDepoInfo);
+    qel::TraceEnter(traceName(), qel::sig::kSetUpdateDepoInfo);
     std::unique_ptr<IWbemClassObject> depot(new IWbemClassObject);
     for (;;) {
         qel::ItemView item;
@@ -245,7 +245,7 @@ char* CUpDownSchedule::SetUpdateDepoInfo(char* pos, IWbemClassObject* module) {
     }
     if (module != nullptr)
         module->push(kDepoInfo, depot.release());
-    qel::TraceLeave(m_traceName, qel::sig::kSetUpdateDepoInfo);
+    qel::TraceLeave(traceName(), qel::sig::kSetUpdateDepoInfo);
     return pos;
 }
 
@@ -310,7 +310,7 @@ bool ReadConformityEntries(CUpDownSchedule& codec, char* p, ObjectList& list) {
 }  // namespace
 
 void CUpDownSchedule::toObject2(char* pos, IWbemClassObject& obj) {
-    qel::TraceEnter(m_traceName, qel::sig::kToObject2);
+    qel::TraceEnter(traceName(), qel::sig::kToObject2);
     qel::IndexScope index(*this, pos);
     std::string value;
     char* p = getParam(pos, kConformityList, value);
@@ -322,11 +322,11 @@ void CUpDownSchedule::toObject2(char* pos, IWbemClassObject& obj) {
         return;
     guard.list = nullptr;
     obj.push(kConformityList, list);
-    qel::TraceLeave(m_traceName, qel::sig::kToObject2);
+    qel::TraceLeave(traceName(), qel::sig::kToObject2);
 }
 
 void CUpDownSchedule::toObject(char* pos, IWbemClassObject& obj) {
-    qel::TraceEnter(m_traceName, qel::sig::kToObjectInput);
+    qel::TraceEnter(traceName(), qel::sig::kToObjectInput);
     qel::IndexScope index(*this, pos);
     std::string value;
     char* p = getParam(pos, kAppKey, value);
@@ -340,5 +340,5 @@ void CUpDownSchedule::toObject(char* pos, IWbemClassObject& obj) {
         return;
     guard.list = nullptr;
     obj.push(kConformityInput, list);
-    qel::TraceLeave(m_traceName, qel::sig::kToObjectInput);
+    qel::TraceLeave(traceName(), qel::sig::kToObjectInput);
 }

@@ -73,7 +73,7 @@ void CUpDownSchedule::String2UpdatePlans(char* pos, IWbemClassObject& obj) {
 }
 
 void CUpDownSchedule::String2RegisterUpdateModule(char* pos, IWbemClassObject& obj) {
-    qel::TraceEnter(m_traceName, qel::sig::kString2RegisterUpdateModule);
+    qel::TraceEnter(traceName(), qel::sig::kString2RegisterUpdateModule);
     qel::IndexScope index(*this, pos);
     std::string value;
     char* p = getParam(pos, kAppKey, value);
@@ -99,12 +99,12 @@ void CUpDownSchedule::String2RegisterUpdateModule(char* pos, IWbemClassObject& o
     }
     guard.list = nullptr;
     obj.push(kUpdateModuleRegistInfo, std::move(list));
-    qel::TraceLeave(m_traceName, qel::sig::kString2RegisterUpdateModule);
+    qel::TraceLeave(traceName(), qel::sig::kString2RegisterUpdateModule);
 }
 
 void CUpDownSchedule::String2IWbem(char* text, IWbemClassObject& obj) {
     using namespace qel::item;
-    qel::TraceEnter(m_traceName, qel::sig::kSectionString2IWbem);
+    qel::TraceEnter(traceName(), qel::sig::kSectionString2IWbem);
     if (text == nullptr) {
         qel::TraceMessage(qel::kFixedSource, qel::kLevelError, qel::sig::kSectionString2IWbem,
                           qel::sig::kMsgParameterNull);
@@ -145,5 +145,5 @@ void CUpDownSchedule::String2IWbem(char* text, IWbemClassObject& obj) {
         }
     }
     closeSection();
-    qel::TraceLeave(m_traceName, qel::sig::kSectionString2IWbem);
+    qel::TraceLeave(traceName(), qel::sig::kSectionString2IWbem);
 }

@@ -8,9 +8,9 @@ namespace {
 
 // A section: its "class" item, then one item per field.
 template <class Record>
-void WriteSection(IWbemClassObject& target, const Record& record, std::string& out) {
-    target.SetClass(out, qel::SectionName(record), target);
-    qel::ItemWriter writer(target, out);
+void WriteSection(const Record& record, std::string& out) {
+    qel::item::AppendItem(out, qel::item::kTagClass, qel::SectionName(record), std::string());
+    qel::ItemWriter writer(out);
     qel::VisitFields(record, writer);
 }
 
@@ -23,50 +23,50 @@ void ReadSection(qel::ChainReader& reader, Record& record) {
 }  // namespace
 
 void CUpDownSchedule::toString(const CVelmora_PriorityUpdateParam& param, std::string& out) {
-    qel::TraceEnter(m_traceName, qel::sig::kPriorityWriter);
-    WriteSection(m_writeTarget, param, out);
-    qel::TraceLeave(m_traceName, qel::sig::kPriorityWriter);
+    qel::TraceEnter(traceName(), qel::sig::kPriorityWriter);
+    WriteSection(param, out);
+    qel::TraceLeave(traceName(), qel::sig::kPriorityWriter);
 }
 
 void CUpDownSchedule::toString(const CVELMORA_UpdateSchedule& schedule, std::string& out) {
-    qel::TraceEnter(m_traceName, qel::sig::kUpdateScheduleWriter);
-    WriteSection(m_writeTarget, schedule, out);
-    qel::TraceLeave(m_traceName, qel::sig::kUpdateScheduleWriter);
+    qel::TraceEnter(traceName(), qel::sig::kUpdateScheduleWriter);
+    WriteSection(schedule, out);
+    qel::TraceLeave(traceName(), qel::sig::kUpdateScheduleWriter);
 }
 
 void CUpDownSchedule::toString(const CVELMORA_DownloadSetting& setting, std::string& out) {
-    qel::TraceEnter(m_traceName, qel::sig::kDownloadSettingWriter);
-    WriteSection(m_writeTarget, setting, out);
-    qel::TraceLeave(m_traceName, qel::sig::kDownloadSettingWriter);
+    qel::TraceEnter(traceName(), qel::sig::kDownloadSettingWriter);
+    WriteSection(setting, out);
+    qel::TraceLeave(traceName(), qel::sig::kDownloadSettingWriter);
 }
 
 void CUpDownSchedule::toString(const CVELMORA_DownloadSetting& setting,
                                const CVELMORA_DownloadSchedule& schedule, std::string& out) {
-    qel::TraceEnter(m_traceName, qel::sig::kCombinedDownloadWriter);
-    WriteSection(m_writeTarget, schedule, out);
-    WriteSection(m_writeTarget, setting, out);
-    qel::TraceLeave(m_traceName, qel::sig::kCombinedDownloadWriter);
+    qel::TraceEnter(traceName(), qel::sig::kCombinedDownloadWriter);
+    WriteSection(schedule, out);
+    WriteSection(setting, out);
+    qel::TraceLeave(traceName(), qel::sig::kCombinedDownloadWriter);
 }
 
 void CUpDownSchedule::toObject(char* pos, CVelmora_PriorityUpdateParam& param) {
-    qel::TraceEnter(m_traceName, qel::sig::kPriorityReader);
+    qel::TraceEnter(traceName(), qel::sig::kPriorityReader);
     qel::ChainReader reader(pos);
     qel::VisitFields(param, reader);  // no "class" item: the chain starts at "AppKey"
-    qel::TraceLeave(m_traceName, qel::sig::kPriorityReader);
+    qel::TraceLeave(traceName(), qel::sig::kPriorityReader);
 }
 
 void CUpDownSchedule::toObject(char* pos, CVELMORA_UpdateSchedule& schedule) {
-    qel::TraceEnter(m_traceName, qel::sig::kUpdateScheduleReader);
+    qel::TraceEnter(traceName(), qel::sig::kUpdateScheduleReader);
     qel::ChainReader reader(pos);
     ReadSection(reader, schedule);
-    qel::TraceLeave(m_traceName, qel::sig::kUpdateScheduleReader);
+    qel::TraceLeave(traceName(), qel::sig::kUpdateScheduleReader);
 }
 
 void CUpDownSchedule::toObject(char* pos, CVELMORA_DownloadSchedule& schedule,
                                CVELMORA_DownloadSetting& setting) {
-    qel::TraceEnter(m_traceName, qel::sig::kCombinedDownloadReader);
+    qel::TraceEnter(traceName(), qel::sig::kCombinedDownloadReader);
     qel::ChainReader reader(pos);
     ReadSection(reader, schedule);
     ReadSection(reader, setting);
-    qel::TraceLeave(m_traceName, qel::sig::kCombinedDownloadReader);
+    qel::TraceLeave(traceName(), qel::sig::kCombinedDownloadReader);
 }

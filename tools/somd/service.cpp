@@ -68,8 +68,7 @@ template <class Record>
 std::string ListBody(const std::vector<Record>& records) {
     std::string out;
     qel::item::AppendItem(out, qel::item::kTagClassArray, qel::ListHeader(Record()), "");
-    IWbemClassObject target;
-    qel::ItemWriter writer(target, out);
+    qel::ItemWriter writer(out);
     for (const Record& record : records)
         qel::VisitFields(record, writer);
     return out;
