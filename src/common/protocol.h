@@ -9,6 +9,7 @@
 //   - transport limits and result codes of the exchange;
 //   - service class names and method names;
 //   - reply items, request parameter names and list headers;
+//   - the item names of provider texts and of conformity entries;
 //   - installation paths: socket configuration, MOF file, process status;
 //   - the process-status file's section, keys, values and the codes that
 //     GetQELStatus hands back for them.
@@ -156,47 +157,91 @@ constexpr const char kConformityList[] = "UpdateModuleConformityList";
 // The list a conformity check hands to the service.
 constexpr const char kConformityInput[] = "CheckUpdateModuleConformityInput";
 
-// --- Conformity entries ------------------------------------------------------------------
-// One entry of the conformity list as the service writes it: the entry's
-// strings, then "ModuleInfo" with the module's strings and its blocks. In a
-// file list "Kind" opens a file and "Md5Hash" closes it; in a reference list
-// (ShareInfo, SimuInfo) "ProviderName" opens one and "UpperVendorVersion"
-// closes it.
-namespace conformity {
+// --- Provider-management items ----------------------------------------------------------
+// The item and list names of the provider texts (GetProviderManageInfo's reply
+// and the records' own text); the conformity entries below reuse them.
+namespace field {
+constexpr const char kDevProvider[] = "DevProviderManageInfo";
+constexpr const char kToolProvider[] = "ToolProviderManageInfo";
+
 constexpr const char kProviderName[] = "ProviderName";
-constexpr const char kVendorName[] = "VendorName";
-constexpr const char kUpdateModuleKind[] = "UpdateModuleKind";
+constexpr const char kProviderVendorName[] = "ProviderVendorName";
+constexpr const char kProviderVersion[] = "ProviderVersion";
+
+constexpr const char kDeviceInfo[] = "DeviceInfo";
+constexpr const char kToolInfo[] = "ToolInfo";
+constexpr const char kLinkAppInfo[] = "LinkAppInfo";
 constexpr const char kModuleInfo[] = "ModuleInfo";
+constexpr const char kRepositoryInfo[] = "RepositoryInfo";
+constexpr const char kDependencyInfoSelf[] = "DependencyInfoSelf";
+constexpr const char kDependencyInfoOther[] = "DependencyInfoOther";
+
+constexpr const char kVendorName[] = "VendorName";
 constexpr const char kUniqueName[] = "UniqueName";
-constexpr const char kDispName[] = "DispName";
+constexpr const char kDeviceId[] = "DeviceId";
+constexpr const char kDeviceName[] = "DeviceName";
+constexpr const char kDeviceVendorName[] = "DeviceVendorName";
+constexpr const char kHardwareVersion[] = "HardwareVersion";
+constexpr const char kExtendedInfo[] = "ExtendedInfo";
+
+constexpr const char kApplicationName[] = "ApplicationName";
+constexpr const char kExecutePath[] = "ExecutePath";
+constexpr const char kDescriptionFilePath[] = "DescriptionFilePath";
+
+constexpr const char kModuleKind[] = "ModuleKind";
 constexpr const char kModuleName[] = "ModuleName";
+constexpr const char kUpdatePriority[] = "UpdatePriority";
+constexpr const char kUpdateStatus[] = "UpdateStatus";
+constexpr const char kUpdateProgress[] = "UpdateProgress";
+
+constexpr const char kApplyKind[] = "ApplyKind";
+constexpr const char kVendorVersion[] = "VendorVersion";
+constexpr const char kDisplayName[] = "DisplayName";
+constexpr const char kModulePath[] = "ModulePath";
+constexpr const char kPriority[] = "Priority";
+constexpr const char kReqProviderVersion[] = "ReqProviderVersion";
+constexpr const char kRebootAfterPreUpdate[] = "RebootAfterPreUpdate";
+constexpr const char kRebootAfterUpdate[] = "RebootAfterUpdate";
+constexpr const char kRebootAfterRestore[] = "RebootAfterRestore";
+constexpr const char kRecovery[] = "Recovery";
+constexpr const char kModuleFileName[] = "ModuleFileName";
+constexpr const char kManualFileName[] = "ManualFileName";
+constexpr const char kReleasenotesFileName[] = "ReleasenotesFileName";
+
+constexpr const char kUpperVendorVersion[] = "UpperVendorVersion";
+
+// Type fields of the list headers that the writer puts in front of a list.
+constexpr const char kLinkAppListTag[] = "CVelmora_LinkApplicationInfo[]";
+constexpr const char kModuleListTag[] = "CVelmora_ManageModuleInfo[]";
+constexpr const char kRepositoryListTag[] = "CVelmora_ManageRepositoryInfo[]";
+constexpr const char kDependencyListTag[] = "CVelmora_DependencyInfo[]";
+
+}  // namespace field
+
+// --- Conformity entries ------------------------------------------------------------------
+// One entry of the conformity list as the service writes it: ProviderName,
+// VendorName, UpdateModuleKind, then "ModuleInfo" with the module's strings
+// (UniqueName, DispName, ModuleName, AttachInfo) and its blocks: AttrInfo
+// (HardwareVersion, VendorVersion, ReqProviderVersion, Priority), LinkInfo
+// (the three RebootAfter* strings, Recovery), FileInfo and DepoInfo with
+// ShareInfo and SimuInfo. In a file list "Kind" opens a file and "Md5Hash"
+// closes it; in a reference list "ProviderName" opens one and
+// "UpperVendorVersion" closes it.
+namespace conformity {
+using namespace field;
+constexpr const char kUpdateModuleKind[] = "UpdateModuleKind";
+constexpr const char kDispName[] = "DispName";
 constexpr const char kAttachInfo[] = "AttachInfo";
-// Blocks of a module.
 constexpr const char kAttrInfo[] = "AttrInfo";
 constexpr const char kLinkInfo[] = "LinkInfo";
 constexpr const char kFileInfo[] = "FileInfo";
 constexpr const char kDepoInfo[] = "DepoInfo";
 constexpr const char kShareInfo[] = "ShareInfo";
 constexpr const char kSimuInfo[] = "SimuInfo";
-// AttrInfo: strings and one int.
-constexpr const char kHardwareVersion[] = "HardwareVersion";
-constexpr const char kVendorVersion[] = "VendorVersion";
-constexpr const char kReqProviderVersion[] = "ReqProviderVersion";
-constexpr const char kPriority[] = "Priority";
-// LinkInfo: strings and one bool.
-constexpr const char kRebootAfterPreUpdate[] = "RebootAfterPreUpdate";
-constexpr const char kRebootAfterUpdate[] = "RebootAfterUpdate";
-constexpr const char kRebootAfterRestore[] = "RebootAfterRestore";
-constexpr const char kRecovery[] = "Recovery";
-// FileInfo: one file.
 constexpr const char kKind[] = "Kind";
 constexpr const char kUrl[] = "Url";
 constexpr const char kPhysiName[] = "PhysiName";
 constexpr const char kMd5Hash[] = "Md5Hash";
-// ShareInfo / SimuInfo: one reference (ProviderName, UniqueName, ModuleName
-// and VendorVersion as above).
-constexpr const char kProviderVendorName[] = "ProviderVendorName";
-constexpr const char kUpperVendorVersion[] = "UpperVendorVersion";
 }  // namespace conformity
 
 // --- Paths (below the system root, see CFileUtility::SystemPath) -------------------------
