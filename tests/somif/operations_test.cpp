@@ -578,6 +578,15 @@ TEST_F(OperationsTest, ExecMethodKeepsTheReplyAndFailsWithoutLosingOwnership) {
     EXPECT_TRUE(out->empty());  // no ReturnValue for the transport family
 }
 
+// Every step of a decoding that enters also leaves, in the traces seen so far.
+void ExpectEveryStepLeaves(const qel_test::TraceRecorder& traces) {
+    std::map<std::string, int> open;
+    for (const std::string& t : traces.Texts())
+        open[t.substr(8, t.rfind(')') - 7)] += t[1] == 'E' ? 1 : t[1] == 'L' ? -1 : 0;
+    for (const auto& o : open)
+        EXPECT_EQ(o.second, 0) << o.first;
+}
+
 TEST_F(OperationsTest, TypedProviderQueriesReadNameAndMapResults) {
     root.WriteFile("/usr/share/hwdata/pci.ids",
                    "8086  Intel Corporation\n\t10fb  82599ES 10-Gigabit SFI/SFP+ Network "
@@ -586,7 +595,11 @@ TEST_F(OperationsTest, TypedProviderQueriesReadNameAndMapResults) {
     CVelmora_DevProviderManageInfo info;
     info.DeviceInfo.resize(5);  // from an earlier query: replaced
     service.Push(Action::Answer(DeviceReply()));
-    EXPECT_EQ(som.GetProviderManageInfo("VELMORA_NicProvider", info), 0);
+    {
+        qel_test::TraceRecorder traces;
+        EXPECT_EQ(som.GetProviderManageInfo("VELMORA_NicProvider", info), 0);
+        ExpectEveryStepLeaves(traces);
+    }
     ASSERT_EQ(info.DeviceInfo.size(), 3u);
     EXPECT_EQ(info.DeviceInfo[0].DeviceName, "82599ES 10-Gigabit SFI/SFP+ Network Connection");
     EXPECT_EQ(info.DeviceInfo[1].DeviceVendorName, "Broadcom Inc. and subsidiaries");
@@ -645,11 +658,7 @@ TEST_F(OperationsTest, WbemQueriesDecodeOnlyWhenNotNegative) {
     qel_test::TraceRecorder traces;
     EXPECT_EQ(som.CheckUpdateModuleConformity("C", nullptr, &minePtr), 3);  // positive: decoded
     EXPECT_EQ(mine.GetAs<Objects>("UpdateModuleConformityList")->size(), 1u);
-    std::map<std::string, int> open;  // every step of the decoding leaves
-    for (const std::string& t : traces.Texts())
-        open[t.substr(8, t.rfind(')') - 7)] += t[1] == 'E' ? 1 : t[1] == 'L' ? -1 : 0;
-    for (const auto& o : open)
-        EXPECT_EQ(o.second, 0) << o.first;
+    ExpectEveryStepLeaves(traces);
     service.Push(Action::Answer(DeviceReply()));
     IWbemClassObject* tree = nullptr;
     EXPECT_EQ(som.GetProviderManageInfo("VELMORA_NicProvider", &in, &tree), 0);
