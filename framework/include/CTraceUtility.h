@@ -23,7 +23,9 @@ class QEL_FRAMEWORK_API CTraceUtility {
 
     // Records the caller's name and mode and (re)reads QEL_TRACE and
     // QEL_TRACE_LEVEL. `mode` is a further level mask; all bits set lets
-    // every level through.
+    // every level through. The codecs call it at every construction, so a
+    // QEL_TRACE changed in between takes effect; it costs a lock and two
+    // environment reads, and keeps the trace file open while its path stays.
     static void Initialize(const std::string& name, unsigned int mode);
 
     static void WriteDebug(const std::string& source, int level, const char* format, ...)

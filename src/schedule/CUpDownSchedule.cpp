@@ -1,12 +1,12 @@
 // CUpDownSchedule: construction and destruction.
 #include "CUpDownSchedule.h"
 
-#include "codec/trace_setup.h"
+#include "CTraceUtility.h"
 #include "common/trace.h"
 #include "schedule_signatures.h"
 
 CUpDownSchedule::CUpDownSchedule(std::string traceName) : CSerializedMsg(std::move(traceName)) {
-    qel::InitializeTraceOnce(this->traceName());
+    CTraceUtility::Initialize(this->traceName(), 0xFFFFFFFFu);
     qel::TraceEnter(this->traceName(), qel::sig::kUpDownScheduleConstructor);
     qel::TraceLeave(this->traceName(), qel::sig::kUpDownScheduleConstructor);
 }

@@ -1,10 +1,10 @@
 // CVersionUpLog: construction and destruction.
 #include "CVersionUpLog.h"
 
-#include "codec/trace_setup.h"
+#include "CTraceUtility.h"
 
 CVersionUpLog::CVersionUpLog(std::string traceName) : CSerializedMsg(std::move(traceName)) {
-    qel::InitializeTraceOnce(this->traceName());
+    CTraceUtility::Initialize(this->traceName(), 0xFFFFFFFFu);
 }
 
 CVersionUpLog::~CVersionUpLog() = default;
