@@ -76,7 +76,7 @@ class QEL_SOMIF_API CProviderManageInfo : public CSerializedMsg {
     char* setDependencyInfo(char* pos, const char* listName, IWbemClassObject& entry);
 
   private:
-    bool m_isDevice;  // set by the property-object reader before it is read
+    bool isDevice_;  // set by the property-object reader before it is read
 };
 
 #endif  // QEL_CPROVIDERMANAGEINFO_H

@@ -141,15 +141,15 @@ const ItemView* ItemIndex::Find(std::size_t index, const KeyMatch& key) const {
 }
 
 IndexScope::IndexScope(CSerializedMsg& codec, char* text)
-    : codec_(codec), previous_(codec.m_searchIndex) {
+    : codec_(codec), previous_(codec.searchIndex_) {
     if (text == nullptr || !g_enabled || strnlen(text, kSmallText) < kSmallText)
         return;
     index_ = new ItemIndex(text);
-    codec_.m_searchIndex = index_;
+    codec_.searchIndex_ = index_;
 }
 
 IndexScope::~IndexScope() {
-    codec_.m_searchIndex = previous_;
+    codec_.searchIndex_ = previous_;
     delete index_;
 }
 

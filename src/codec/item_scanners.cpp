@@ -84,8 +84,8 @@ bool CSerializedMsg::compareItem2(char* pos, const char* key, std::string& value
         return false;
     const qel::KeyMatch match = qel::PathKey(key);
     std::size_t index = 0;
-    if (m_searchIndex != nullptr && m_searchIndex->Locate(pos, &index)) {
-        const qel::ItemView* item = m_searchIndex->Find(index, match);
+    if (searchIndex_ != nullptr && searchIndex_->Locate(pos, &index)) {
+        const qel::ItemView* item = searchIndex_->Find(index, match);
         if (item == nullptr)
             return false;
         item->AssignValue(value);
@@ -108,8 +108,8 @@ bool CSerializedMsg::compareItem2(char* pos, const char* key, std::string& value
 char* CSerializedMsg::getParam(char* pos, const char* key, std::string& value) {
     const qel::KeyMatch match = qel::ExactKey(key);
     std::size_t index = 0;
-    if (pos != nullptr && m_searchIndex != nullptr && m_searchIndex->Locate(pos, &index)) {
-        const qel::ItemView* item = m_searchIndex->Find(index, match);
+    if (pos != nullptr && searchIndex_ != nullptr && searchIndex_->Locate(pos, &index)) {
+        const qel::ItemView* item = searchIndex_->Find(index, match);
         if (item == nullptr) {
             value.clear();
             return nullptr;

@@ -6,7 +6,7 @@
 #include "provider_signatures.h"
 
 CProviderManageInfo::CProviderManageInfo(std::string traceName)
-    : CSerializedMsg(std::move(traceName)), m_isDevice(false) {
+    : CSerializedMsg(std::move(traceName)), isDevice_(false) {
     CTraceUtility::Initialize(this->traceName(), 0xFFFFFFFFu);
     qel::TraceEnter(this->traceName(), qel::sig::kProviderManageInfoConstructor);
     qel::TraceLeave(this->traceName(), qel::sig::kProviderManageInfoConstructor);

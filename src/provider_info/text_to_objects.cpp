@@ -79,17 +79,17 @@ void CProviderManageInfo::toObject(char* text, IWbemClassObject& out) {
     qel::TraceEnter(traceName(), qel::sig::kToObjectTree);
     qel::IndexScope index(*this, text);
     std::string ignored;
-    m_isDevice = true;
+    isDevice_ = true;
     char* pos = getParam(text, kDevProvider, ignored);
     if (pos == nullptr) {
         pos = getParam(text, kToolProvider, ignored);
         if (pos == nullptr)
             return;  // neither provider: nothing added
-        m_isDevice = false;
+        isDevice_ = false;
     }
     std::unique_ptr<IWbemClassObject> provider(new IWbemClassObject);
     setManageInfo(pos, *provider);
-    out.push(m_isDevice ? kDevProvider : kToolProvider, provider.release());
+    out.push(isDevice_ ? kDevProvider : kToolProvider, provider.release());
     qel::TraceLeave(traceName(), qel::sig::kToObjectTree);
 }
 
@@ -99,7 +99,7 @@ char* CProviderManageInfo::setManageInfo(char* pos, IWbemClassObject& provider) 
         pos = compareItem(pos, name, value);
         provider.push(name, value);  // pushed even when the item is missing
     }
-    return m_isDevice ? setDeviceInfo(pos, provider) : setToolInfo(pos, provider);
+    return isDevice_ ? setDeviceInfo(pos, provider) : setToolInfo(pos, provider);
 }
 
 // The device and tool lists share one reader; they differ in their header
