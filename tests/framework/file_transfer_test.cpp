@@ -3,9 +3,11 @@
 
 #include <cerrno>
 #include <csignal>
+#include <tuple>
 #include <vector>
 
 #include "CFileTransfer.h"
+#include "CResultCode.h"
 #include "support/fake_som_service.h"
 #include "support/trace_recorder.h"
 
@@ -173,3 +175,23 @@ TEST_F(FileTransferTest, ConfigurationLinesCommentsAndBadValues) {
 }
 
 }  // namespace
+
+// The words and the family of a code, as somctl and the traces print them.
+TEST(ResultCodeTest, CodesAreClassifiedAndPutIntoWords) {
+    const std::tuple<uint32_t, bool, bool, const char*> cases[] = {
+        {CResultCode::kOk, false, false, "success"},
+        {CResultCode::kNotSent, true, false, "the request could not be sent"},
+        {CResultCode::kNoReply, true, false, "no reply came within the time-out"},
+        {CResultCode::kAuthorityHeld, false, true,
+         "the operating authority is held by another application key"},
+        {CResultCode::kNotRecorded, false, true,
+         "no recorded reply matches the request (a replaying service)"},
+        {0x80081234u, true, false, "transport failure 0x80081234"},
+        {0x00000004u, false, false, "unknown result code 0x00000004"},
+    };
+    for (const auto& [code, transport, service, words] : cases) {
+        EXPECT_EQ(CResultCode::IsTransport(code), transport) << words;
+        EXPECT_EQ(CResultCode::IsService(code), service) << words;
+        EXPECT_EQ(CResultCode::Describe(code), words);
+    }
+}
