@@ -64,12 +64,18 @@ TEST_F(ConformityTest, EntriesGiveWholeTrees) {
 
 TEST_F(ConformityTest, FileLinkAndDepotBlockRules) {
     IWbemClassObject module;
-    TextBuffer files(
+    const std::string fileText =
         "string;Url;early;string;Kind;a;string;Url;b;string;Kind;c;string;Md5Hash;d;"
-        "string;Url;after-close;string;Md5Hash;again;string;Other;x;");
-    // The first file never closes; closing twice lists once; items after
-    // the close still go in.
+        "string;Url;after-close;string;Md5Hash;again;string;Other;x;";
+    TextBuffer files(fileText);
+    // The first file never closes (and is freed); closing twice lists once;
+    // items after the close still go in.
     EXPECT_STREQ(codec.SetUpdateFileInfo(files.get(), &module), "string;Other;x;");
+    EXPECT_EQ(qel_test::BlocksLeftBy([&] {
+                  IWbemClassObject scratch;
+                  codec.SetUpdateFileInfo(TextBuffer(fileText).get(), &scratch);
+              }),
+              0);
     EXPECT_EQ(module.GetAs<Objects>("FileInfo")->at(0)->size(), 4u);
     TextBuffer links("bool;Recovery;1;string;RebootAfterUpdate;true;");
     codec.SetUpdateLinkInfo(links.get(), &module);
