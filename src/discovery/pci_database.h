@@ -5,7 +5,7 @@
 // lines are skipped), and when the device is not found, the search goes on
 // after the line that ended the block.
 //
-// The file is read with block reads. Without an index a lookup walks the
+// The file is read whole, in place. Without an index a lookup walks the
 // text from its start; with one (built in one pass, for naming many devices)
 // it jumps to the candidate vendor lines and remembers each vendor block's
 // device lines, so naming n devices costs one pass plus n lookups.
@@ -41,18 +41,31 @@ class PciDatabase {
     static std::string VendorName(const char* line, std::size_t length);
 
   private:
+    // A vendor block's device lines, sorted by number and then by position,
+    // so the first line of a number comes first. Names are read from the
+    // text when a device is found: most lines of a large block are never
+    // asked for, and copying them all cost more than the whole lookup.
+    struct DeviceLine {
+        uint32_t number;
+        std::size_t pos;
+        bool operator<(const DeviceLine& other) const {
+            return number != other.number ? number < other.number : pos < other.pos;
+        }
+    };
     struct Block {
         std::size_t after = 0;  // where the search goes on when the device is missing
-        std::unordered_map<uint32_t, std::string> devices;  // first device line per number
+        std::vector<DeviceLine> devices;
     };
 
     std::size_t LineEnd(std::size_t pos) const;
+    void IndexLine(std::size_t pos);
     bool StartsWith(std::size_t pos, std::size_t lineEnd, std::size_t offset,
                     const std::string& four) const;
     std::size_t NextVendorCandidate(std::size_t pos, const std::string& vendor) const;
     const Block& BlockAfter(std::size_t vendorLine);
     bool FindDevice(std::size_t pos, const std::string& device, std::size_t* after,
                     std::string* name) const;
+    void DeviceName(std::size_t pos, std::size_t lineEnd, std::string* name) const;
 
     std::string text_;
     bool indexed_ = false;
