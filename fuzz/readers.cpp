@@ -16,6 +16,7 @@
 #include "CSomIf.h"
 #include "CUpDownSchedule.h"
 #include "CVersionUpLog.h"
+#include "discovery/device_namer.h"
 #include "somd/protocol.h"
 #include "somd/service.h"
 
@@ -127,11 +128,32 @@ void Run(const uint8_t* data, size_t size) {
         som.readDeviceInfo(devices);
     } else if (target == "pci_ids") {
         WriteScratch("/usr/share/hwdata/pci.ids", text.bytes);
+        // Fixed identifiers and some taken from the input's own lines; the
+        // indexed batch naming must name each exactly as a single lookup.
+        std::vector<std::string> ids{"PCIROOT-8086-10D3-00", "Bmc", "PCI-8086",
+                                     "PCIROOT-abcd-0000"};
+        std::string vendor = "0000";
+        for (std::size_t pos = 0; pos < text.bytes.size() && ids.size() < 12;) {
+            std::size_t end = text.bytes.find('\n', pos);
+            end = end == std::string::npos ? text.bytes.size() : end + 1;
+            const std::string line = text.bytes.substr(pos, end - pos);
+            if (line.size() > 4 && line[0] != '\t')
+                vendor = line.substr(0, 4);
+            else if (line.size() > 5 && line[1] != '\t')
+                ids.push_back("PCIROOT-" + vendor + "-" + line.substr(1, 4) + "-00");
+            pos = end;
+        }
         CSomIf som("fuzz");
-        for (const char* id : {"PCIROOT-8086-10D3-00", "Bmc", "PCI-8086", "PCIROOT-abcd-0000"}) {
-            CVelmora_DeviceInfo device;
-            device.DeviceId = id;
-            som.GetDeviceName(device);
+        qel::discovery::DeviceNamer batch("fuzz", /*batch=*/true);
+        for (const std::string& id : ids) {
+            CVelmora_DeviceInfo single;
+            single.DeviceId = id;
+            CVelmora_DeviceInfo batched = single;
+            som.GetDeviceName(single);
+            batch.Name(batched);
+            if (single.DeviceName != batched.DeviceName ||
+                single.DeviceVendorName != batched.DeviceVendorName)
+                std::abort();
         }
     } else if (target == "somd_request") {
         static somd::SomService service(somd::Scenario(), "");

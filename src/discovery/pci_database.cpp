@@ -134,9 +134,9 @@ void PciDatabase::BuildIndex() {
 
 // The next line at or after `pos` that the vendor search would match.
 std::size_t PciDatabase::NextVendorCandidate(std::size_t pos, const std::string& vendor) const {
-    if (indexed_) {
-        if (vendor.size() != 4 || vendor.find('\0') != std::string::npos)
-            return text_.size();
+    // The index holds four-byte keys; a number with a NUL byte matches as
+    // strncmp matches, on the bytes before the NUL, so the walk looks for it.
+    if (indexed_ && vendor.size() == 4 && vendor.find('\0') == std::string::npos) {
         auto it = vendorLines_.find(Key(vendor.data()));
         if (it == vendorLines_.end())
             return text_.size();
