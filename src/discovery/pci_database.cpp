@@ -104,31 +104,26 @@ void PciDatabase::IndexLine(std::size_t pos) {
         vendorLines_[Key(text_.data() + pos)].push_back(pos);
 }
 
-// Nearly all lines are device and subsystem lines, which start with a tab.
-// Sixteen bytes at a time, only a block holding a line end that a tab does
-// not follow is looked at byte by byte: a few instructions per block
-// instead of a memchr call per line.
-void PciDatabase::BuildIndex() {
+// Nearly all lines are device and subsystem lines, which start with a tab
+// and can never be vendor lines. Sixteen bytes at a time, only a block
+// holding a line end that a tab does not follow is looked at byte by byte:
+// a few instructions per block instead of a memchr call per line.
+std::size_t PciDatabase::NextUntabbedLine(std::size_t pos) const {
     const char* text = text_.data();
     const std::size_t size = text_.size();
-    auto startsLineWithoutTab = [text](std::size_t k) {
-        return text[k] == '\n' && text[k + 1] != '\t';
-    };
-    if (size > 0)
-        IndexLine(0);
-    std::size_t i = 0;
-    for (; i + kScanWidth + 1 <= size; i += kScanWidth) {
-        if (!HasLineStartWithoutTab(text + i))
-            continue;
-        for (std::size_t k = i; k < i + kScanWidth; ++k) {
-            if (startsLineWithoutTab(k))
-                IndexLine(k + 1);
-        }
+    std::size_t k = pos;
+    while (k + kScanWidth + 1 <= size && !HasLineStartWithoutTab(text + k))
+        k += kScanWidth;
+    for (; k + 1 < size; ++k) {
+        if (text[k] == '\n' && text[k + 1] != '\t')
+            return k + 1;
     }
-    for (; i + 1 < size; ++i) {
-        if (startsLineWithoutTab(i))
-            IndexLine(i + 1);
-    }
+    return size;
+}
+
+void PciDatabase::BuildIndex() {
+    for (std::size_t pos = 0; pos < text_.size(); pos = NextUntabbedLine(pos))
+        IndexLine(pos);
     indexed_ = true;
 }
 
@@ -143,13 +138,12 @@ std::size_t PciDatabase::NextVendorCandidate(std::size_t pos, const std::string&
         auto line = std::lower_bound(it->second.begin(), it->second.end(), pos);
         return line == it->second.end() ? text_.size() : *line;
     }
-    while (pos < text_.size()) {
-        const std::size_t end = LineEnd(pos);
+    for (; pos < text_.size(); pos = NextUntabbedLine(pos)) {
         const char first = text_[pos];
-        if (first != '\t' && first != '#' && !IsLineEnd(first) && StartsWith(pos, end, 0, vendor)) {
+        if (first != '\t' && first != '#' && !IsLineEnd(first) &&
+            StartsWith(pos, LineEnd(pos), 0, vendor)) {
             return pos;
         }
-        pos = end;
     }
     return text_.size();
 }

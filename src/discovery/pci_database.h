@@ -58,6 +58,7 @@ class PciDatabase {
     };
 
     std::size_t LineEnd(std::size_t pos) const;
+    std::size_t NextUntabbedLine(std::size_t pos) const;
     void IndexLine(std::size_t pos);
     bool StartsWith(std::size_t pos, std::size_t lineEnd, std::size_t offset,
                     const std::string& four) const;
