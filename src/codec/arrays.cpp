@@ -8,8 +8,6 @@
 
 namespace {
 
-const qel::SplitRules kSetStringArraySplit = {/*emptyGivesOneElement=*/false,
-                                              /*cutLastAtFieldEnd=*/false};
 const qel::SplitRules kStringArraySplit = {/*emptyGivesOneElement=*/true,
                                            /*cutLastAtFieldEnd=*/true};
 
@@ -27,13 +25,7 @@ std::string CSerializedMsg::getClassArrayName(const char* name, int index) {
 char* CSerializedMsg::setStringArray(char* pos, const std::string& prefix, const char* key,
                                      std::vector<std::string>& values) {
     std::string path;
-    char* next = qel::CompareOne(
-        pos, qel::PrefixedKey(prefix, key, path),
-        [&](const qel::ItemView& item) { qel::SplitRawArray(item, kSetStringArraySplit, values); },
-        [] {});
-    if (next == pos && pos != nullptr)
-        values.clear();
-    return next;
+    return qel::ReadItem(pos, qel::PrefixedKey(prefix, key, path), values);
 }
 
 void CSerializedMsg::StringArray2Array(char* text, std::vector<std::string>& values) {

@@ -179,8 +179,8 @@ QEL_INLINE_READER bool StartsWithName(const char* text, const KeyMatch& key) {
 // Reads exactly one item at `pos` (not null) into `item` and matches its name
 // against `key`. A matched item may be incomplete: its value never closed.
 // The expected name is compared in place, so a matching item's name is never
-// searched for its ";"; any other item is scanned whole to tell an other
-// name from an unreadable item.
+// searched for its ";". An item whose name differs (which is never the key:
+// a name that equals the key starts with it) is only read to its name's end.
 QEL_INLINE_READER ItemMatch MatchOne(char* pos, const KeyMatch& key, ItemView& item) {
     char* tagEnd = std::strchr(pos, item::kFieldEnd);
     if (tagEnd != nullptr && StartsWithName(tagEnd + 1, key)) {
@@ -200,10 +200,13 @@ QEL_INLINE_READER ItemMatch MatchOne(char* pos, const KeyMatch& key, ItemView& i
         item.next = end + 1;
         return ItemMatch::kMatched;
     }
-    ScanItem(pos, item);
-    if (item.fields < 2 || item.nameLength == 0)
+    // Another name when the name is closed and not empty; its value is not
+    // needed to tell, so it is not searched.
+    if (tagEnd == nullptr)
         return ItemMatch::kUnreadable;
-    return item.NameEquals(key.text, key.length) ? ItemMatch::kMatched : ItemMatch::kOtherName;
+    const char* nameEnd = std::strchr(tagEnd + 1, item::kFieldEnd);
+    return nameEnd == nullptr || nameEnd == tagEnd + 1 ? ItemMatch::kUnreadable
+                                                       : ItemMatch::kOtherName;
 }
 
 // compareItem's contract: the next position, `pos` when the item has another
@@ -311,6 +314,22 @@ inline void SplitRawArray(const char* value, std::size_t length, SplitRules rule
 
 inline void SplitRawArray(const ItemView& item, SplitRules rules, std::vector<std::string>& out) {
     SplitRawArray(item.value, item.valueLength, rules, out);
+}
+
+// setStringArray's rules: an empty value gives no element, and the last
+// element is kept whole.
+constexpr SplitRules kSetStringArraySplit = {/*emptyGivesOneElement=*/false,
+                                             /*cutLastAtFieldEnd=*/false};
+
+// setStringArray's reading, inline for literal keys: the elements are added
+// to `values`, which an item of another name empties.
+QEL_INLINE_READER char* ReadItem(char* pos, const char* key, std::vector<std::string>& values) {
+    char* next = CompareOne(
+        pos, key, [&](const ItemView& item) { SplitRawArray(item, kSetStringArraySplit, values); },
+        [] {});
+    if (next == pos && pos != nullptr)
+        values.clear();
+    return next;
 }
 
 inline void SplitArrayValue(const std::string& value, SplitRules rules,

@@ -13,7 +13,7 @@ using namespace qel::pm;
 // item at the cursor is skipped without moving on.
 class ElementCursor {
   public:
-    ElementCursor(CSerializedMsg& codec, char* pos) : codec_(codec), pos_(pos) {}
+    explicit ElementCursor(char* pos) : pos_(pos) {}
     QEL_INLINE_READER ElementCursor& String(const char* name, std::string& value) {
         pos_ = qel::ReadItem(pos_, name, value);
         return *this;
@@ -26,15 +26,14 @@ class ElementCursor {
         pos_ = qel::ReadItem(pos_, name, value);
         return *this;
     }
-    ElementCursor& Array(const char* name, std::vector<std::string>& values) {
-        pos_ = codec_.setStringArray(pos_, std::string(), name, values);
+    QEL_INLINE_READER ElementCursor& Array(const char* name, std::vector<std::string>& values) {
+        pos_ = qel::ReadItem(pos_, name, values);
         return *this;
     }
     char* pos() const { return pos_; }
     void set(char* pos) { pos_ = pos; }
 
   private:
-    CSerializedMsg& codec_;
     char* pos_;
 };
 
@@ -57,8 +56,8 @@ struct ElementTrace {
 // The shape of every list: for element i an optional header named after
 // the list, then the first field, whose absence ends the list, then the rest.
 template <class Record, class ReadRest>
-char* ReadList(CSerializedMsg& codec, char* pos, const char* listName, const char* firstField,
-               std::string Record::*first, std::vector<Record>& list, ReadRest readRest,
+char* ReadList(char* pos, const char* listName, const char* firstField, std::string Record::*first,
+               std::vector<Record>& list, ReadRest readRest,
                const ElementTrace& trace = ElementTrace()) {
     for (;;) {
         trace.Begin();
@@ -66,33 +65,39 @@ char* ReadList(CSerializedMsg& codec, char* pos, const char* listName, const cha
         // the path "List[i]/" itself is never built.
         char* atElement = qel::CompareOne(
             pos, listName, [](const qel::ItemView&) {}, [] {});
-        Record record;
-        ElementCursor cursor(codec, atElement);
-        cursor.String(firstField, record.*first);
-        if (cursor.pos() == atElement)
+        // The record is made in its place in the list once its first field
+        // is known to be there (an unreadable one counts as there, and an
+        // unclosed one leaves it empty): no record is built to be moved.
+        const std::size_t count = list.size();
+        char* next = qel::CompareOne(
+            atElement, firstField,
+            [&](const qel::ItemView& item) { item.AssignValue(list.emplace_back().*first); },
+            [] {});
+        if (next == atElement)
             return atElement;
-        readRest(cursor, record);
-        list.push_back(std::move(record));
+        if (list.size() == count)
+            list.emplace_back();
+        ElementCursor cursor(next);
+        readRest(cursor, list.back());
         trace.Appended();
         pos = cursor.pos();
     }
 }
 
 template <class Owner>
-char* ReadLinkApps(CSerializedMsg& codec, char* pos, Owner& owner, bool traced,
-                   const std::string& traceName) {
+char* ReadLinkApps(char* pos, Owner& owner, bool traced, const std::string& traceName) {
     auto rest = [](ElementCursor& c, CVelmora_LinkApplicationInfo& app) {
         c.String(kExecutePath, app.ExecutePath)
             .String(kDescriptionFilePath, app.DescriptionFilePath);
     };
-    return ReadList(codec, pos, kLinkAppInfo, kApplicationName,
+    return ReadList(pos, kLinkAppInfo, kApplicationName,
                     &CVelmora_LinkApplicationInfo::ApplicationName, owner.LinkAppInfo, rest,
                     ElementTrace{traced ? &traceName : nullptr});
 }
 
 template <class Owner>
 char* ReadModules(CProviderManageInfo& codec, char* pos, Owner& owner) {
-    return ReadList(codec, pos, kModuleInfo, kModuleKind, &CVelmora_ManageModuleInfo::ModuleKind,
+    return ReadList(pos, kModuleInfo, kModuleKind, &CVelmora_ManageModuleInfo::ModuleKind,
                     owner.ModuleInfo, [&](ElementCursor& c, CVelmora_ManageModuleInfo& module) {
                         c.String(kModuleName, module.ModuleName)
                             .Int(kUpdatePriority, module.UpdatePriority)
@@ -139,7 +144,7 @@ char* CProviderManageInfo::setManageInfo(char* pos, CVelmora_ToolProviderManageI
 }
 
 char* CProviderManageInfo::setDeviceInfo(char* pos, CVelmora_DevProviderManageInfo& info) {
-    return ReadList(*this, pos, kDeviceInfo, kVendorName, &CVelmora_DeviceInfo::VendorName,
+    return ReadList(pos, kDeviceInfo, kVendorName, &CVelmora_DeviceInfo::VendorName,
                     info.DeviceInfo, [this](ElementCursor& c, CVelmora_DeviceInfo& device) {
                         c.String(kUniqueName, device.UniqueName)
                             .String(kDeviceId, device.DeviceId)
@@ -152,7 +157,7 @@ char* CProviderManageInfo::setDeviceInfo(char* pos, CVelmora_DevProviderManageIn
 
 char* CProviderManageInfo::setToolInfo(char* pos, CVelmora_ToolProviderManageInfo& info) {
     return ReadList(
-        *this, pos, kToolInfo, kVendorName, &CVelmora_ToolInfo::VendorName, info.ToolInfo,
+        pos, kToolInfo, kVendorName, &CVelmora_ToolInfo::VendorName, info.ToolInfo,
         [this](ElementCursor& c, CVelmora_ToolInfo& tool) {
             c.String(kUniqueName, tool.UniqueName).Array(kExtendedInfo, tool.ExtendedInfo);
             c.set(setLinkAppInfo(c.pos(), tool));
@@ -161,11 +166,11 @@ char* CProviderManageInfo::setToolInfo(char* pos, CVelmora_ToolProviderManageInf
 }
 
 char* CProviderManageInfo::setLinkAppInfo(char* pos, CVelmora_DeviceInfo& device) {
-    return ReadLinkApps(*this, pos, device, /*traced=*/true, traceName());
+    return ReadLinkApps(pos, device, /*traced=*/true, traceName());
 }
 
 char* CProviderManageInfo::setLinkAppInfo(char* pos, CVelmora_ToolInfo& tool) {
-    return ReadLinkApps(*this, pos, tool, /*traced=*/false, traceName());
+    return ReadLinkApps(pos, tool, /*traced=*/false, traceName());
 }
 
 char* CProviderManageInfo::setModuleInfo(char* pos, CVelmora_DeviceInfo& device) {
@@ -178,7 +183,7 @@ char* CProviderManageInfo::setModuleInfo(char* pos, CVelmora_ToolInfo& tool) {
 
 char* CProviderManageInfo::setRepositoryInfo(char* pos, CVelmora_ManageModuleInfo& module) {
     return ReadList(
-        *this, pos, kRepositoryInfo, kApplyKind, &CVelmora_ManageRepositoryInfo::ApplyKind,
+        pos, kRepositoryInfo, kApplyKind, &CVelmora_ManageRepositoryInfo::ApplyKind,
         module.RepositoryInfo, [this](ElementCursor& c, CVelmora_ManageRepositoryInfo& entry) {
             c.String(kHardwareVersion, entry.HardwareVersion)
                 .String(kVendorVersion, entry.VendorVersion)
@@ -200,8 +205,8 @@ char* CProviderManageInfo::setRepositoryInfo(char* pos, CVelmora_ManageModuleInf
 
 char* CProviderManageInfo::setDependencyInfo(char* pos, const char* listName,
                                              std::vector<CVelmora_DependencyInfo>& deps) {
-    return ReadList(*this, pos, listName, kProviderName, &CVelmora_DependencyInfo::ProviderName,
-                    deps, [](ElementCursor& c, CVelmora_DependencyInfo& dep) {
+    return ReadList(pos, listName, kProviderName, &CVelmora_DependencyInfo::ProviderName, deps,
+                    [](ElementCursor& c, CVelmora_DependencyInfo& dep) {
                         c.String(kVendorName, dep.VendorName)
                             .String(kUniqueName, dep.UniqueName)
                             .String(kModuleKind, dep.ModuleKind)
