@@ -123,8 +123,25 @@ void AppendConformityEntry(std::string& out, const std::string& provider,
 
 }  // namespace
 
+namespace {
+
+std::map<std::string, std::string> ProviderTexts(const Scenario& scenario) {
+    std::map<std::string, std::string> texts;
+    for (const auto& [name, provider] : scenario.deviceProviders)
+        qel::pm::WritePlainText(provider, texts[name]);
+    for (const auto& [name, provider] : scenario.toolProviders) {
+        if (texts.count(name) == 0)  // a device provider of that name is served first
+            qel::pm::WritePlainText(provider, texts[name]);
+    }
+    return texts;
+}
+
+}  // namespace
+
 SomService::SomService(Scenario scenario, std::string statePath, bool freshState)
-    : scenario_(std::move(scenario)), statePath_(std::move(statePath)) {
+    : scenario_(std::move(scenario)),
+      providerTexts_(ProviderTexts(scenario_)),
+      statePath_(std::move(statePath)) {
     std::optional<State> saved;
     if (!statePath_.empty() && !freshState)
         saved = LoadState(statePath_);
@@ -497,18 +514,10 @@ Reply SomService::Relayed(const Request&) {
 // --- Providers ------------------------------------------------------------------------
 
 Reply SomService::GetProviderManageInfo(const Request& request) {
-    Reply reply;
-    auto device = scenario_.deviceProviders.find(request.className);
-    if (device != scenario_.deviceProviders.end()) {
-        qel::pm::WritePlainText(device->second, reply.body);
-        return reply;
-    }
-    auto tool = scenario_.toolProviders.find(request.className);
-    if (tool != scenario_.toolProviders.end()) {
-        qel::pm::WritePlainText(tool->second, reply.body);
-        return reply;
-    }
-    return Reply{kUnknownMethod, ""};
+    auto text = providerTexts_.find(request.className);
+    if (text == providerTexts_.end())
+        return Reply{kUnknownMethod, ""};
+    return Reply{0, text->second};
 }
 
 Reply SomService::CheckUpdateModuleConformity(const Request& request) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <string>
 
@@ -71,6 +72,9 @@ class SomService {
     Reply AliveGet(const Request&);
 
     const Scenario scenario_;
+    // The scenario's providers never change: each reply text is written once,
+    // at the start, and a request only copies it.
+    const std::map<std::string, std::string> providerTexts_;
     const std::string statePath_;
     mutable std::mutex mutex_;
     State state_;
