@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "CSerializedMsg.h"
-#include "framework/object_json.h"
+#include "common/object_json.h"
 #include "support/text_buffer.h"
 #include "support/trace_recorder.h"
 
@@ -15,7 +15,7 @@ std::string Decode(const std::string& body, IWbemClassObject* into = nullptr) {
     IWbemClassObject& obj = into ? *into : local;
     qel_test::TextBuffer text(body);
     CSerializedMsg("dec").String2IWbem(text.get(), obj);
-    return qel_test::TreeText(obj);
+    return qel::TreeText(obj);
 }
 
 TEST(DecoderTest, EveryTagNestingAndTruncation) {

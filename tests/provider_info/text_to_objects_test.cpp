@@ -3,7 +3,7 @@
 
 #include "CProviderManageInfo.h"
 #include "framework/live_blocks.h"
-#include "framework/object_json.h"
+#include "common/object_json.h"
 #include "provider_info/plain_text.h"
 #include "support/sample_providers.h"
 #include "support/text_buffer.h"
@@ -27,7 +27,7 @@ nlohmann::ordered_json Tree(const std::string& text, bool countBlocks = true,
     auto read = [&] {
         IWbemClassObject out;
         CProviderManageInfo("tree").toObject(buffer.get(), out);
-        tree = qel_test::ObjectJson(out, arrays);
+        tree = qel::ObjectJson(out, arrays);
     };
     EXPECT_EQ(countBlocks ? qel_test::BlocksLeftBy(read) : (read(), 0L), 0);
     return tree;

@@ -3,14 +3,14 @@
 
 #include "CUpDownSchedule.h"
 #include "framework/live_blocks.h"
-#include "framework/object_json.h"
+#include "common/object_json.h"
 #include "support/text_buffer.h"
 #include "support/trace_recorder.h"
 
 namespace {
 
+using qel::TreeText;
 using qel_test::TextBuffer;
-using qel_test::TreeText;
 
 // Each decoder with the text it reads and the tree it gives.
 struct Case {

@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "CResultCode.h"
+#include "common/object_json.h"
 #include "commands.h"
 
 namespace somctl {
@@ -17,27 +18,6 @@ int MonitorGet(Context& c, const std::string& name) {
     else
         c.output.out() << name << " = " << value << " (type " << type << ")\n";
     return kOk;
-}
-
-// A method's output parameters as JSON; objects only by name.
-nlohmann::json OutputParameters(const IWbemClassObject& out) {
-    nlohmann::json doc = nlohmann::json::object();
-    for (const auto& entry : out) {
-        const boost::any& value = entry.second;
-        if (const auto* s = boost::any_cast<std::string>(&value))
-            doc[entry.first] = *s;
-        else if (const auto* l = boost::any_cast<long>(&value))
-            doc[entry.first] = *l;
-        else if (const auto* i = boost::any_cast<int>(&value))
-            doc[entry.first] = *i;
-        else if (const auto* b = boost::any_cast<bool>(&value))
-            doc[entry.first] = *b;
-        else if (const auto* v = boost::any_cast<std::vector<std::string>>(&value))
-            doc[entry.first] = *v;
-        else
-            doc[entry.first] = "(object)";
-    }
-    return doc;
 }
 
 }  // namespace
@@ -90,7 +70,9 @@ int Exec(Context& c, const Args& args) {
     std::unique_ptr<IWbemClassObject> owned(out);
     if (int exit = c.output.Result("exec " + args[2], rc))
         return exit;
-    const nlohmann::json doc = out != nullptr ? OutputParameters(*out) : nlohmann::json::object();
+    // The output parameters, nested objects and object lists included.
+    const nlohmann::json doc =
+        out != nullptr ? nlohmann::json(qel::ObjectJson(*out)) : nlohmann::json::object();
     const auto returned = doc.find("ReturnValue");
     const bool failed = returned != doc.end() && returned->is_number() && *returned != 0;
     if (c.output.json()) {

@@ -1,10 +1,11 @@
-// A property-object tree as ordered JSON, so that tests compare whole trees:
-// nested objects become objects, object lists arrays, in entry order. Two
+// A property-object tree as ordered JSON: somctl prints a method's output
+// parameters with it, and the tests compare whole trees through it. Nested
+// objects become objects, object lists arrays, in entry order. Two
 // entries of one name keep the first's place and the later's value (what
 // GetAs returns). Values of a type no reader stores show as "?". The string
 // arrays that trees keep as one joined text are split when `arrays` names them.
-#ifndef QEL_TESTS_FRAMEWORK_OBJECT_JSON_H
-#define QEL_TESTS_FRAMEWORK_OBJECT_JSON_H
+#ifndef QEL_TOOLS_COMMON_OBJECT_JSON_H
+#define QEL_TOOLS_COMMON_OBJECT_JSON_H
 
 #include <nlohmann/json.hpp>
 #include <set>
@@ -13,7 +14,7 @@
 
 #include "IWbemClassObject.h"
 
-namespace qel_test {
+namespace qel {
 
 inline nlohmann::ordered_json SplitJoined(const std::string& text) {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
@@ -62,6 +63,6 @@ inline std::string TreeText(const IWbemClassObject& obj) {
     return ObjectJson(obj).dump();
 }
 
-}  // namespace qel_test
+}  // namespace qel
 
-#endif  // QEL_TESTS_FRAMEWORK_OBJECT_JSON_H
+#endif  // QEL_TOOLS_COMMON_OBJECT_JSON_H
