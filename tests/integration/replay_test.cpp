@@ -162,6 +162,8 @@ TEST_F(ReplayTest, DemoRunReplaysByteForByte) {
         EXPECT_EQ(replayed.output, outcomes[i].output);
     }
     unsetenv("QEL_RECORD");
+    ASSERT_EQ(stat(again.c_str(), &info), 0);  // made by the library itself this time
+    EXPECT_EQ(info.st_mode & 0777, 0600u);
     const std::vector<rec::Exchange> first = rec::ReadRecordingFile(file);
     const std::vector<rec::Exchange> second = rec::ReadRecordingFile(again);
     ASSERT_EQ(first.size(), second.size() + 1);

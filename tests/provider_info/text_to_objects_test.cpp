@@ -119,9 +119,9 @@ TEST(TextToObjectsTest, ProviderHeaderSearchesAndListEnds) {
         qel_test::TraceRecorder traces;
         Tree(c.first, /*countBlocks=*/false);
         // Without a provider header the reader returns early, with no exit trace.
-        EXPECT_EQ(
-            traces.Contains("[LEAVE] void CProviderManageInfo::toObject(char*, IWbemClassObject&)"),
-            c.second != "{}");
+        const std::string sig = "void CProviderManageInfo::toObject(char*, IWbemClassObject&)";
+        EXPECT_TRUE(traces.Contains("[ENTER] " + sig));
+        EXPECT_EQ(traces.Contains("[LEAVE] " + sig), c.second != "{}");
     }
 }
 
