@@ -2,6 +2,7 @@
 #ifndef QEL_TESTS_SUPPORT_TRACE_RECORDER_H
 #define QEL_TESTS_SUPPORT_TRACE_RECORDER_H
 
+#include <map>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -48,6 +49,19 @@ class TraceRecorder {
             return true;
         }
         return false;
+    }
+    // The steps whose "[ENTER] " and "[LEAVE] " lines do not pair up, by
+    // signature (what follows the tag, up to its last ")").
+    std::vector<std::string> UnpairedSteps() const {
+        std::map<std::string, int> open;
+        for (const std::string& t : Texts()) {
+            if (t.compare(0, 8, "[ENTER] ") == 0 || t.compare(0, 8, "[LEAVE] ") == 0)
+                open[t.substr(8, t.rfind(')') - 7)] += t[1] == 'E' ? 1 : -1;
+        }
+        std::vector<std::string> unpaired;
+        for (const auto& o : open)
+            unpaired.insert(unpaired.end(), o.second != 0 ? 1 : 0, o.first);
+        return unpaired;
     }
     void Clear() {
         std::lock_guard<std::mutex> lock(mutex_);
