@@ -12,6 +12,8 @@ namespace {
 std::atomic<bool> g_enabled{true};
 // Texts smaller than this are scanned: building an index would cost more.
 const std::size_t kSmallText = 512;
+// Items of the replies that get indexed are rarely shorter.
+const std::size_t kBytesPerItem = 24;
 
 std::size_t Hash(const char* name, std::size_t length) {
     std::size_t h = 1469598103934665603ULL;
@@ -28,6 +30,11 @@ void SetItemIndexEnabled(bool enabled) {
 }
 
 ItemIndex::ItemIndex(char* text) : buckets_(64) {
+    // Sized from the text at about one item per kBytesPerItem: regrowing a
+    // large vector item by item meant several large allocations per text.
+    const std::size_t expected = std::strlen(text) / kBytesPerItem + 1;
+    items_.reserve(expected);
+    starts_.reserve(expected + 1);
     char* pos = text;
     for (;;) {
         ItemView item;
