@@ -136,7 +136,19 @@ class FlatEntries {
     }
 
   private:
-    enum class Kind { kString, kInt, kLong, kULong, kBool, kStrings, kNested, kEnd };
+    enum class Kind {
+        kString,
+        kInt,
+        kLong,
+        kULong,
+        kBool,
+        kStrings,
+        kNested,
+        kList,
+        kListPtr,
+        kEnd
+    };
+    typedef std::vector<IWbemClassObject*> Objects;
 
     void Add(const IWbemClassObject& obj) {
         for (const IWbemClassObject::Entry& entry : obj) {
@@ -156,12 +168,33 @@ class FlatEntries {
                 Push(Kind::kStrings).AddNumber(static_cast<long>(a->size()));
                 for (const std::string& element : *a)
                     values_.AddText(element);
+            } else if (const auto* list = boost::any_cast<Objects>(&v)) {
+                AddList(Kind::kList, *list);
+            } else if (const auto* listPtr = boost::any_cast<Objects*>(&v)) {
+                AddList(Kind::kListPtr, **listPtr);
             } else {
                 Push(Kind::kNested);
                 Add(**boost::any_cast<IWbemClassObject*>(&v));
                 Push(Kind::kEnd);
             }
         }
+    }
+    // An object list: its length, then each element's entries and an end.
+    void AddList(Kind kind, const Objects& list) {
+        Push(kind).AddNumber(static_cast<long>(list.size()));
+        for (const IWbemClassObject* element : list) {
+            Add(*element);
+            Push(Kind::kEnd);
+        }
+    }
+    Objects BuildList(std::size_t& next, FlatValues::Reader& in) const {
+        Objects list;
+        list.reserve(static_cast<std::size_t>(in.Number()));
+        for (std::size_t i = list.capacity(); i != 0; --i) {
+            list.push_back(new IWbemClassObject);
+            Build(next, in, *list.back());
+        }
+        return list;
     }
     FlatValues& Push(Kind kind) {
         kinds_.push_back(kind);
@@ -205,6 +238,12 @@ class FlatEntries {
                     to.push(std::string(name, nameLength), nested);
                     break;
                 }
+                case Kind::kList:
+                    to.push(std::string(name, nameLength), BuildList(next, in));
+                    break;
+                case Kind::kListPtr:
+                    to.push(std::string(name, nameLength), new Objects(BuildList(next, in)));
+                    break;
                 case Kind::kEnd:
                     break;
             }
@@ -461,6 +500,34 @@ void Plans_TreeReader(benchmark::State& state) {
     });
 }
 
+// The floors of the forward readers: the same trees, an object per plan or
+// module, built from values decoded beforehand.
+template <class Decode>
+void TreeFloor(benchmark::State& state, const std::string& body, Decode decode) {
+    std::string copy = body;
+    IWbemClassObject decoded;
+    decode(&copy[0], decoded);
+    const FlatEntries flat(decoded);
+    Run(state, body, [&](char*) {
+        IWbemClassObject obj;
+        flat.Build(obj);
+        benchmark::DoNotOptimize(obj.size());
+    });
+}
+
+void Floor_Plans(benchmark::State& state) {
+    CUpDownSchedule codec("bench");
+    TreeFloor(state, PlansText(state.range(0)),
+              [&](char* text, IWbemClassObject& out) { codec.String2UpdatePlans(text, out); });
+}
+
+void Floor_Registration(benchmark::State& state) {
+    CUpDownSchedule codec("bench");
+    TreeFloor(state, RegistrationText(state.range(0)), [&](char* text, IWbemClassObject& out) {
+        codec.String2RegisterUpdateModule(text, out);
+    });
+}
+
 void Registration_TreeReader(benchmark::State& state) {
     CUpDownSchedule codec("bench");
     Run(state, RegistrationText(state.range(0)), [&](char* text) {
@@ -607,6 +674,8 @@ BENCHMARK(Plans_String2IWbem)->Apply(Sizes);
 BENCHMARK(Plans_TreeReader)->Apply(Sizes);
 BENCHMARK(Registration_String2IWbem)->Apply(Sizes);
 BENCHMARK(Registration_TreeReader)->Apply(Sizes);
+BENCHMARK(Floor_Plans)->Apply(Sizes);
+BENCHMARK(Floor_Registration)->Apply(Sizes);
 BENCHMARK(Conformity_TreeReader)->Apply(Sizes);
 BENCHMARK(Conformity_TreeReaderScanning)
     ->Arg(64 << 10)
