@@ -64,6 +64,8 @@ TEST_F(FileTransferTest, RepliesAreStoredCutOrReadToTheClose) {
         // The header read takes 35 + 4096 bytes and leaves room for one more.
         {Action::Answer(big), 4133, FakeSomService::ReplyText("C", "M", 0, big).substr(0, 4132)},
         {Action::Answer("next"), 256, kHeader.substr(0, 27) + "00000004next"},
+        {Action::Raw(kHeader.substr(0, 27) + "00000004next and more"), 256,
+         kHeader.substr(0, 27) + "00000004next"},  // the length field decides
         {Action::Raw(noLength + std::string(9000, 'u')), 256,
          (noLength + std::string(9000, 'u')).substr(0, 255)},
         {Action::Raw(noLength + std::string(9000, 'u')), 20000, noLength + std::string(9000, 'u')},

@@ -16,7 +16,7 @@ TEST(IniFileReaderTest, SectionsKeysCommentsEmptySectionsAndMissingFiles) {
     qel_test::TempSysroot root;
     root.WriteFile("/p.ini",
                    "; comment\n# comment\n[icon]\n  status = download  \ntype=rollback ; inline\n"
-                   "[  8086-10FB  ]\n[14E4-1657]\nkey=value\n[icon]\nextra=1\n");
+                   "[  8086-10FB  ]\n[14E4-1657]\nkey=value\n[icon]\nextra=1\n[]\n");
     CIniFileReader reader(root.Path("/p.ini"));
     std::string value, type, extra;
     EXPECT_TRUE(reader.find_section("icon", "status", value) && value == "download");
@@ -27,7 +27,7 @@ TEST(IniFileReaderTest, SectionsKeysCommentsEmptySectionsAndMissingFiles) {
     EXPECT_EQ(value, "download");
     std::list<std::string> sections{"before"};
     reader.list_section(sections);
-    EXPECT_EQ(sections, (std::list<std::string>{"before", "icon", "8086-10FB", "14E4-1657"}));
+    EXPECT_EQ(sections, (std::list<std::string>{"before", "icon", "8086-10FB", "14E4-1657", ""}));
     reader.close();
     EXPECT_FALSE(reader.find_section("icon", "status", value));
     sections.clear();
