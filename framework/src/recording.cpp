@@ -7,18 +7,16 @@
 #include <fstream>
 #include <sstream>
 
+#include "message_format.h"
 #include "text_util.h"
 
 namespace qel {
 namespace recording {
 namespace {
 
-const std::size_t kField = 8;
-// Header length field, magic, result field and body-length field, and "/".
-const std::size_t kHeaderFixed = 33;
+const std::size_t kField = message_format::kFieldWidth;
 const char kBodyIndent[] = "  ";
 const std::size_t kFieldsPerItem = 3;  // type, name and value, each closed by ';'
-const char* const kSecretNames[] = {"ProxyPassword", "CacheServerPassword"};
 
 bool AllDigits(const std::string& text) {
     for (char c : text) {
@@ -34,14 +32,17 @@ std::size_t HeaderLength(const std::string& message) {
     if (message.size() < kField || !AllDigits(message.substr(0, kField)))
         return 0;
     const unsigned long length = std::strtoul(message.substr(0, kField).c_str(), nullptr, 10);
-    return length >= kHeaderFixed && length <= message.size() ? length : 0;
+    return length >= static_cast<unsigned long>(message_format::kHeaderFixedLength) &&
+                   length <= message.size()
+               ? length
+               : 0;
 }
 
 // An item name, or the last step of an element path ("Settings[0]/ProxyPassword").
 bool IsSecretName(const std::string& field) {
     const std::string::size_type slash = field.rfind('/');
     const std::string name = slash == std::string::npos ? field : field.substr(slash + 1);
-    for (const char* secret : kSecretNames) {
+    for (const char* secret : message_format::kSecretItems) {
         if (name == secret)
             return true;
     }
@@ -266,8 +267,9 @@ bool SplitMessage(const std::string& message, MessageParts& parts) {
     const std::size_t header = HeaderLength(message);
     if (header == 0)
         return false;
-    const std::string names = message.substr(2 * kField, header - 4 * kField);
-    const std::string::size_type slash = names.find('/');
+    const std::string names = message.substr(message_format::kLeadingFieldsLength,
+                                             header - message_format::kHeaderFixedLength + 1);
+    const std::string::size_type slash = names.find(message_format::kClassMethodSeparator);
     if (slash == std::string::npos)
         return false;
     parts.className = names.substr(0, slash);
@@ -295,7 +297,8 @@ std::string MaskMessage(const std::string& message) {
     char field[kField + 8];
     if (masked != body && AllDigits(lengthField) &&
         std::strtoul(lengthField.c_str(), nullptr, 10) == body.size() &&
-        std::snprintf(field, sizeof field, "%08zu", masked.size()) == static_cast<int>(kField)) {
+        std::snprintf(field, sizeof field, message_format::kBodyLengthFormat, masked.size()) ==
+            static_cast<int>(kField)) {
         head.replace(header - kField, kField, field);
     }
     return head + masked;

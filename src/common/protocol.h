@@ -24,8 +24,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "CFileTransfer.h"
 #include "QelTypes.h"
+#include "message_format.h"
 
 namespace qel {
 namespace protocol {
@@ -39,14 +39,12 @@ constexpr const char kReplyLeadFormat[] = "%08zu%08lx";
 constexpr const char kReplyTrailerFormat[] = "%08x%08zu";
 constexpr unsigned long kMagic = 0xCAFEFEEDUL;
 constexpr const char kMagicText[] = "cafefeed";
-constexpr int kFieldWidth = CFileTransfer::kLengthFieldWidth;  // every numeric field
-// Header length, magic, "/", result field and body length: the header's
-// length without its class and method names.
-constexpr int kHeaderFixedLength = 33;
-// From the first digit of the result field to the body: result field and
-// body-length field.
-constexpr int kTrailingFieldsLength = 16;
-constexpr char kClassMethodSeparator = '/';
+// The fixed-width fields, shared with the framework's transport and recorder.
+using message_format::kClassMethodSeparator;
+using message_format::kFieldWidth;
+using message_format::kHeaderFixedLength;
+using message_format::kLeadingFieldsLength;
+using message_format::kTrailingFieldsLength;
 // The library formats a request header into a buffer of this size.
 constexpr std::size_t kHeaderBufferSize = 1024;
 
@@ -154,6 +152,13 @@ constexpr const char kQelVersionList[] = "QelVersionInfoList";
 constexpr const char kUpdatePlansList[] = "UpdatePlansList";
 constexpr const char kVersionUpdateLogList[] = "VersionUpdateLogList";
 constexpr const char kConformityList[] = "UpdateModuleConformityList";
+// Items whose values are passwords, masked in recordings and on screen.
+using message_format::kCacheServerPassword;
+using message_format::kProxyPassword;
+using message_format::kSecretItems;
+
+// The module list of a RegisterUpdateModule call.
+constexpr const char kRegisteredModules[] = "UpdateModuleRegistInfo";
 // The list a conformity check hands to the service.
 constexpr const char kConformityInput[] = "CheckUpdateModuleConformityInput";
 

@@ -29,10 +29,10 @@ VisitFields(R& r, V& v) {
     v.String("ProxyAddress", r.ProxyAddress);
     v.String("ProxyPort", r.ProxyPort);
     v.String("ProxyUser", r.ProxyUser);
-    v.String("ProxyPassword", r.ProxyPassword);
+    v.String(protocol::kProxyPassword, r.ProxyPassword);
     v.String("CacheServerPath", r.CacheServerPath);
     v.String("CacheServerUser", r.CacheServerUser);
-    v.String("CacheServerPassword", r.CacheServerPassword);
+    v.String(protocol::kCacheServerPassword, r.CacheServerPassword);
     v.String("TempDriveLetter", r.TempDriveLetter);
     v.String("ExternalMediaPath", r.ExternalMediaPath);
 }

@@ -2,6 +2,7 @@
 // into property objects.
 #include <cstring>
 #include <memory>
+#include <vector>
 
 #include "CIWbemUtil.h"
 #include "CUpDownSchedule.h"
@@ -9,28 +10,47 @@
 #include "codec/codec_signatures.h"
 #include "codec/item_index.h"
 #include "codec/item_view.h"
+#include "common/record_fields.h"
 #include "object_list.h"
 #include "schedule_signatures.h"
 
 namespace {
 
-const char kUpdatePlansList[] = "UpdatePlansList";
-const char kProviderName[] = "ProviderName";
-const char kDependencyName[] = "DependencyName";
-const char kAppKey[] = "AppKey";
-const char kUpdateModuleRegistInfo[] = "UpdateModuleRegistInfo";
-const char kVendorName[] = "VendorName";
+using namespace qel::protocol::field;
+using qel::protocol::kRegisteredModules;
+using qel::protocol::kUpdatePlansList;
+using qel::protocol::param::kAppKey;
 
-// The plan fields after "ProviderName", in record order; true for numbers.
-const std::pair<const char*, bool> kPlanFields[] = {
-    {"VendorName", false},        {"UniqueName", false},    {"DeviceId", false},
-    {"ModuleKind", false},        {"UpdatePriority", true}, {"CurrentVendorVersion", false},
-    {"NextVendorVersion", false}, {"DisplayName", false},   {"UpdateJudgment", true},
-    {"DependencyName", false},
+struct PlanField {
+    const char* name;
+    std::size_t length;
+    bool number;
 };
 
+// Collects the plan record's field list: the plan reader takes its fields in
+// the order, and with the kinds, that the record's writers and readers use.
+struct PlanFieldCollector {
+    std::vector<PlanField> fields;
+    void String(const char* name, const std::string&) { Add(name, false); }
+    void Int(const char* name, const int&) { Add(name, true); }
+    void Add(const char* name, bool number) { fields.push_back({name, std::strlen(name), number}); }
+};
+
+// The plan fields after the first, "ProviderName", which opens a plan. The
+// last one, "DependencyName", is where the search for the next plan starts.
+const std::vector<PlanField>& PlanFields() {
+    static const std::vector<PlanField> fields = [] {
+        PlanFieldCollector collector;
+        const CVELMORA_UpdatePlans plan;
+        qel::VisitFields(plan, collector);
+        collector.fields.erase(collector.fields.begin());
+        return collector.fields;
+    }();
+    return fields;
+}
+
 // The fields of a registered module after "VendorName", read one item each.
-const char* const kRegisteredFields[] = {"UniqueName", "ModuleKind", "VendorVersion", "ModulePath"};
+const char* const kRegisteredFields[] = {kUniqueName, kModuleKind, kVendorVersion, kModulePath};
 
 using qel::ListGuard;
 using qel::ObjectList;
@@ -52,18 +72,18 @@ void CUpDownSchedule::String2UpdatePlans(char* pos, IWbemClassObject& obj) {
         IWbemClassObject* plan = qel::AppendNew(*list);
         plan->pushPlain(kProviderName, sizeof kProviderName - 1, value);
         char* next = nullptr;
-        for (const auto& field : kPlanFields) {
-            char* found = getParam(q, field.first, value);
+        const std::vector<PlanField>& fields = PlanFields();
+        for (const PlanField& field : fields) {
+            char* found = getParam(q, field.name, value);
             if (found == nullptr)
                 continue;
-            const std::size_t nameLength = std::strlen(field.first);
-            if (field.second) {
-                plan->pushPlain(field.first, nameLength,
+            if (field.number) {
+                plan->pushPlain(field.name, field.length,
                                 static_cast<int>(qel::ParseDecimal(value)));
             } else {
-                plan->pushPlain(field.first, nameLength, value);
+                plan->pushPlain(field.name, field.length, value);
             }
-            if (std::strcmp(field.first, kDependencyName) == 0)
+            if (&field == &fields.back())
                 next = found;
         }
         p = next;
@@ -80,7 +100,7 @@ void CUpDownSchedule::String2RegisterUpdateModule(char* pos, IWbemClassObject& o
     if (p == nullptr)
         return;
     obj.push(kAppKey, value);
-    p = getParam(p, kUpdateModuleRegistInfo, value);
+    p = getParam(p, kRegisteredModules, value);
     if (p == nullptr)
         return;
     ObjectList list;
@@ -98,7 +118,7 @@ void CUpDownSchedule::String2RegisterUpdateModule(char* pos, IWbemClassObject& o
         }
     }
     guard.list = nullptr;
-    obj.push(kUpdateModuleRegistInfo, std::move(list));
+    obj.push(kRegisteredModules, std::move(list));
     qel::TraceLeave(traceName(), qel::sig::kString2RegisterUpdateModule);
 }
 

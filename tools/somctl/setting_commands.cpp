@@ -13,11 +13,9 @@
 namespace somctl {
 namespace {
 
-const char* const kSecretFields[] = {"ProxyPassword", "CacheServerPassword"};
-
 nlohmann::json MaskedSetting(const CVELMORA_DownloadSetting& setting) {
     nlohmann::json doc = setting;
-    for (const char* name : kSecretFields)
+    for (const char* name : qel::protocol::kSecretItems)
         doc[name] = Masked(doc[name].get<std::string>());
     return doc;
 }
@@ -44,7 +42,7 @@ bool ReadSecret(const std::string& name, std::string& secret) {
 // input or a no-echo prompt, so it stays out of `ps` and the shell's history.
 bool ReadSecretsFromInput(Args& args, std::string& error) {
     for (std::string& arg : args) {
-        for (const char* name : kSecretFields) {
+        for (const char* name : qel::protocol::kSecretItems) {
             if (arg != std::string(name) + "=-")
                 continue;
             std::string secret;
