@@ -49,6 +49,20 @@ const std::vector<PlanField>& PlanFields() {
     return fields;
 }
 
+// The item at `cursor` when it is whole and named `field`. While a plan's
+// items come in record order, that item is also the first of its name from
+// the plan's start (every item before it is one of the plan's earlier fields,
+// all named otherwise), so reading it in place finds what a forward search
+// from the start finds.
+char* ReadInPlace(char* cursor, const PlanField& field, std::string& value) {
+    qel::ItemView item;
+    qel::ScanItem(cursor, item);
+    if (!item.complete() || !item.NameEquals(field.name, field.length))
+        return nullptr;
+    item.AssignValue(value);
+    return item.next;
+}
+
 // The fields of a registered module after "VendorName", read one item each.
 const char* const kRegisteredFields[] = {kUniqueName, kModuleKind, kVendorVersion, kModulePath};
 
@@ -73,8 +87,12 @@ void CUpDownSchedule::String2UpdatePlans(char* pos, IWbemClassObject& obj) {
         plan->pushPlain(kProviderName, sizeof kProviderName - 1, value);
         char* next = nullptr;
         const std::vector<PlanField>& fields = PlanFields();
+        char* cursor = q;  // null once a field is out of order or missing
         for (const PlanField& field : fields) {
-            char* found = getParam(q, field.name, value);
+            char* found = cursor != nullptr ? ReadInPlace(cursor, field, value) : nullptr;
+            cursor = found;
+            if (found == nullptr)
+                found = getParam(q, field.name, value);
             if (found == nullptr)
                 continue;
             if (field.number) {
