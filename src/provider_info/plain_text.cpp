@@ -2,6 +2,7 @@
 
 #include "IWbemClassObject.h"
 #include "QelItemText.h"
+#include "plain_layout.h"
 #include "provider_fields.h"
 
 namespace qel {
@@ -11,6 +12,53 @@ namespace {
 class PlainWriter {
   public:
     explicit PlainWriter(std::string& out) : out_(out) {}
+
+    // The provider's header item, its fields and lists, then the trimming.
+    template <class Provider>
+    void WriteProvider(const char* header, const Provider& provider) {
+        item::AppendItem(out_, item::kTagClass, header, "");
+        Write(provider);
+        Finish();
+    }
+
+  private:
+    // The fields of `record` and its nested lists, in layout order.
+    template <class Record>
+    void Write(const Record& record) {
+        FieldWriter<Record> fields{*this, record};
+        VisitPlainFields(PlainRecord<Record>(), fields);
+    }
+
+    template <class Record>
+    struct FieldWriter {
+        PlainWriter& w;
+        const Record& record;
+
+        void String(const char* name, std::string Record::*field) {
+            w.receiver_.SetString(w.out_, name, record.*field);
+        }
+        void Int(const char* name, int Record::*field) {
+            w.receiver_.SetInt(w.out_, name, record.*field);
+        }
+        void Bool(const char* name, bool Record::*field) {
+            w.receiver_.SetBool(w.out_, name, record.*field);
+        }
+        void Array(const char* name, std::vector<std::string> Record::*field) {
+            w.receiver_.SetStringArray(w.out_, name, record.*field);
+        }
+        // Every list is announced even when empty, so that the forward-
+        // searching reader never runs into the next element's list.
+        template <class Element>
+        void List(const char* name, std::vector<Element> Record::*field, ListHeader header) {
+            if (header == ListHeader::kOnce)
+                w.Header(name);
+            for (const Element& element : record.*field) {
+                if (header == ListHeader::kEveryElement)
+                    w.Header(name);
+                w.Write(element);
+            }
+        }
+    };
 
     void Header(const char* name) {
         if (out_.size() != headersEnd_)
@@ -27,117 +75,21 @@ class PlainWriter {
         if (headersEnd_ == out_.size())
             out_.resize(headersFrom_);
     }
-    void String(const char* name, const std::string& value) { w_.SetString(out_, name, value); }
-
-    void Provider(const char* header, const std::string& name, const std::string& vendor,
-                  const std::string& version) {
-        item::AppendItem(out_, item::kTagClass, header, "");
-        String(kProviderName, name);
-        String(kProviderVendorName, vendor);
-        String(kProviderVersion, version);
-    }
-
-    template <class Owner>
-    void Lists(const Owner& owner) {
-        Header(kLinkAppInfo);
-        for (const CVelmora_LinkApplicationInfo& app : owner.LinkAppInfo) {
-            String(kApplicationName, app.ApplicationName);
-            String(kExecutePath, app.ExecutePath);
-            String(kDescriptionFilePath, app.DescriptionFilePath);
-        }
-        Header(kModuleInfo);
-        for (const CVelmora_ManageModuleInfo& module : owner.ModuleInfo)
-            Module(module);
-    }
-
-    void Device(const CVelmora_DeviceInfo& device) {
-        String(kVendorName, device.VendorName);
-        String(kUniqueName, device.UniqueName);
-        String(kDeviceId, device.DeviceId);
-        String(kHardwareVersion, device.HardwareVersion);
-        w_.SetStringArray(out_, kExtendedInfo, device.ExtendedInfo);
-        Lists(device);
-    }
-
-    void Tool(const CVelmora_ToolInfo& tool) {
-        String(kVendorName, tool.VendorName);
-        String(kUniqueName, tool.UniqueName);
-        w_.SetStringArray(out_, kExtendedInfo, tool.ExtendedInfo);
-        Lists(tool);
-    }
-
-  private:
-    std::size_t headersFrom_ = std::string::npos;  // start of the last run of headers
-    std::size_t headersEnd_ = std::string::npos;   // end of that run
-
-    void Module(const CVelmora_ManageModuleInfo& module) {
-        String(kModuleKind, module.ModuleKind);
-        String(kModuleName, module.ModuleName);
-        w_.SetInt(out_, kUpdatePriority, module.UpdatePriority);
-        w_.SetInt(out_, kUpdateStatus, module.UpdateStatus);
-        w_.SetInt(out_, kUpdateProgress, module.UpdateProgress);
-        Header(kRepositoryInfo);
-        for (const CVelmora_ManageRepositoryInfo& entry : module.RepositoryInfo)
-            Repository(entry);
-    }
-
-    void Repository(const CVelmora_ManageRepositoryInfo& e) {
-        String(kApplyKind, e.ApplyKind);
-        String(kHardwareVersion, e.HardwareVersion);
-        String(kVendorVersion, e.VendorVersion);
-        String(kDisplayName, e.DisplayName);
-        String(kModulePath, e.ModulePath);
-        w_.SetInt(out_, kPriority, e.Priority);
-        String(kReqProviderVersion, e.ReqProviderVersion);
-        String(kRebootAfterPreUpdate, e.RebootAfterPreUpdate);
-        String(kRebootAfterUpdate, e.RebootAfterUpdate);
-        String(kRebootAfterRestore, e.RebootAfterRestore);
-        w_.SetBool(out_, kRecovery, e.Recovery);
-        w_.SetStringArray(out_, kModuleFileName, e.ModuleFileName);
-        w_.SetStringArray(out_, kManualFileName, e.ManualFileName);
-        w_.SetStringArray(out_, kReleasenotesFileName, e.ReleasenotesFileName);
-        Dependencies(kDependencyInfoSelf, e.DependencyInfoSelf);
-        Dependencies(kDependencyInfoOther, e.DependencyInfoOther);
-    }
-
-    void Dependencies(const char* listName, const std::vector<CVelmora_DependencyInfo>& deps) {
-        Header(listName);
-        for (const CVelmora_DependencyInfo& d : deps) {
-            String(kProviderName, d.ProviderName);
-            String(kVendorName, d.VendorName);
-            String(kUniqueName, d.UniqueName);
-            String(kModuleKind, d.ModuleKind);
-            String(kModuleName, d.ModuleName);
-            String(kVendorVersion, d.VendorVersion);
-            String(kUpperVendorVersion, d.UpperVendorVersion);
-        }
-    }
 
     std::string& out_;
-    IWbemClassObject w_;  // receiver of the item writers
+    IWbemClassObject receiver_;                    // receiver of the item writers
+    std::size_t headersFrom_ = std::string::npos;  // start of the last run of headers
+    std::size_t headersEnd_ = std::string::npos;   // end of that run
 };
 
 }  // namespace
 
 void WritePlainText(const CVelmora_DevProviderManageInfo& info, std::string& out) {
-    PlainWriter writer(out);
-    writer.Provider(kDevProvider, info.ProviderName, info.ProviderVendorName, info.ProviderVersion);
-    for (const CVelmora_DeviceInfo& device : info.DeviceInfo) {
-        writer.Header(kDeviceInfo);
-        writer.Device(device);
-    }
-    writer.Finish();
+    PlainWriter(out).WriteProvider(kDevProvider, info);
 }
 
 void WritePlainText(const CVelmora_ToolProviderManageInfo& info, std::string& out) {
-    PlainWriter writer(out);
-    writer.Provider(kToolProvider, info.ProviderName, info.ProviderVendorName,
-                    info.ProviderVersion);
-    for (const CVelmora_ToolInfo& tool : info.ToolInfo) {
-        writer.Header(kToolInfo);
-        writer.Tool(tool);
-    }
-    writer.Finish();
+    PlainWriter(out).WriteProvider(kToolProvider, info);
 }
 
 }  // namespace pm

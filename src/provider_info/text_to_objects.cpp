@@ -2,11 +2,14 @@
 //
 // These readers search forward for list headers and for most fields, so a
 // field missing from one element is taken from a later element of the text.
-#include <cstring>
+// Which fields an element has comes from the plain layout; how each list's
+// fields are searched for is each reader's own.
 #include <memory>
+#include <utility>
 
 #include "CProviderManageInfo.h"
 #include "common/trace.h"
+#include "plain_layout.h"
 #include "provider_fields.h"
 #include "provider_signatures.h"
 #include "codec/item_index.h"
@@ -58,19 +61,112 @@ char* ReadConsecutive(char* pos, Accept accept) {
     return nullptr;
 }
 
-// The index of `item`'s name in `names`, or -1.
-int NameIndex(const qel::ItemView& item, std::initializer_list<const char*> names) {
-    int i = 0;
-    for (const char* candidate : names) {
-        if (item.NameEquals(candidate, std::strlen(candidate)))
-            return i;
-        ++i;
-    }
-    return -1;
-}
-
 int ToInt(const std::string& value) {
     return static_cast<int>(qel::ParseDecimal(value));
+}
+
+// How a field's value is kept in its object; a string array keeps its text.
+enum class Kept { kString, kInt, kBool };
+
+void Push(IWbemClassObject& element, const char* name, std::string value, Kept kept) {
+    switch (kept) {
+        case Kept::kString:
+            element.push(name, std::move(value));
+            break;
+        case Kept::kInt:
+            element.push(name, ToInt(value));
+            break;
+        case Kept::kBool:
+            element.push(name, value == qel::item::kTrue);
+            break;
+    }
+}
+
+// Hands take(name, length, kept) every field of Record that is not a list,
+// in layout order.
+template <class Record, class Take>
+struct ValueFields {
+    Take& take;
+
+    template <std::size_t N, class T>
+    void String(const char (&name)[N], T Record::*) {
+        take(name, N - 1, Kept::kString);
+    }
+    template <std::size_t N, class T>
+    void Int(const char (&name)[N], T Record::*) {
+        take(name, N - 1, Kept::kInt);
+    }
+    template <std::size_t N, class T>
+    void Bool(const char (&name)[N], T Record::*) {
+        take(name, N - 1, Kept::kBool);
+    }
+    template <std::size_t N, class T>
+    void Array(const char (&name)[N], T Record::*) {
+        take(name, N - 1, Kept::kString);
+    }
+    template <std::size_t N, class T>
+    void List(const char (&)[N], T Record::*, ListHeader) {}
+};
+
+template <class Record, class Take>
+void ForEachValueField(Take take) {
+    ValueFields<Record, Take> fields{take};
+    VisitPlainFields(PlainRecord<Record>(), fields);
+}
+
+// The field whose presence tells that an element of Record is there.
+template <class Record>
+const char* FirstField() {
+    const char* first = nullptr;
+    ForEachValueField<Record>([&](const char* name, std::size_t, Kept) {
+        if (first == nullptr)
+            first = name;
+    });
+    return first;
+}
+
+// The fields after the first, lists left out.
+template <class Record, class Take>
+void ForEachLaterField(Take take) {
+    bool first = true;
+    ForEachValueField<Record>([&](const char* name, std::size_t length, Kept kept) {
+        if (first)
+            first = false;
+        else
+            take(name, length, kept);
+    });
+}
+
+// Keeps `item` in `element` when it is one of Record's fields after the
+// first; false for any other name.
+template <class Record>
+bool TakeLaterField(const qel::ItemView& item, IWbemClassObject& element) {
+    bool taken = false;
+    ForEachLaterField<Record>([&](const char* name, std::size_t length, Kept kept) {
+        if (!taken && item.NameEquals(name, length)) {
+            Push(element, name, item.Value(), kept);
+            taken = true;
+        }
+    });
+    return taken;
+}
+
+// Searches for each of Record's fields after the first forward from `from`,
+// every search going on after the field found before it. Returns the
+// furthest position reached, at least `last`.
+template <class Record>
+char* SearchLaterFields(CProviderManageInfo& codec, IWbemClassObject& element, char* from,
+                        char* last) {
+    std::string value;
+    ForEachLaterField<Record>([&](const char* name, std::size_t, Kept kept) {
+        if (char* next = codec.getParam(from, name, value)) {
+            Push(element, name, value, kept);
+            from = next;
+            if (next > last)
+                last = next;
+        }
+    });
+    return last;
 }
 
 }  // namespace
@@ -94,32 +190,37 @@ void CProviderManageInfo::toObject(char* text, IWbemClassObject& out) {
 }
 
 char* CProviderManageInfo::setManageInfo(char* pos, IWbemClassObject& provider) {
-    for (const char* name : {kProviderName, kProviderVendorName, kProviderVersion}) {
+    auto take = [&](const char* name, std::size_t, Kept kept) {
         std::string value;
         pos = compareItem(pos, name, value);
-        provider.push(name, value);  // pushed even when the item is missing
-    }
+        Push(provider, name, value, kept);  // pushed even when the item is missing
+    };
+    if (isDevice_)
+        ForEachValueField<CVelmora_DevProviderManageInfo>(take);
+    else
+        ForEachValueField<CVelmora_ToolProviderManageInfo>(take);
     return isDevice_ ? setDeviceInfo(pos, provider) : setToolInfo(pos, provider);
 }
 
 // The device and tool lists share one reader; they differ in their header
-// and in the fields searched from each element's start.
+// and in the fields, which are searched from each element's start.
+template <class Record>
 static char* ReadProviderList(CProviderManageInfo& codec, char* pos, IWbemClassObject& provider,
-                              const char* listName, std::initializer_list<const char*> fields) {
+                              const char* listName) {
     ListEntry list(provider, listName);
     std::string value;
     char* c = codec.getParam(pos, listName, value);
     if (c == nullptr)
         return nullptr;
     for (;;) {
-        if (codec.getParam(c, kVendorName, value) == nullptr)
+        if (codec.getParam(c, FirstField<Record>(), value) == nullptr)
             return c;
         IWbemClassObject& element = list.NewElement();
-        element.push(kVendorName, value);
-        for (const char* name : fields) {
+        element.push(FirstField<Record>(), value);
+        ForEachLaterField<Record>([&](const char* name, std::size_t, Kept kept) {
             if (codec.compareItem2(c, name, value))
-                element.push(name, value);
-        }
+                Push(element, name, value, kept);
+        });
         char* afterApps = codec.setLinkAppInfo(c, element);
         c = codec.setModuleInfo(afterApps, element);
         if (c == nullptr)
@@ -128,12 +229,11 @@ static char* ReadProviderList(CProviderManageInfo& codec, char* pos, IWbemClassO
 }
 
 char* CProviderManageInfo::setDeviceInfo(char* pos, IWbemClassObject& provider) {
-    return ReadProviderList(*this, pos, provider, kDeviceInfo,
-                            {kUniqueName, kDeviceId, kHardwareVersion, kExtendedInfo});
+    return ReadProviderList<CVelmora_DeviceInfo>(*this, pos, provider, kDeviceInfo);
 }
 
 char* CProviderManageInfo::setToolInfo(char* pos, IWbemClassObject& provider) {
-    return ReadProviderList(*this, pos, provider, kToolInfo, {kUniqueName, kExtendedInfo});
+    return ReadProviderList<CVelmora_ToolInfo>(*this, pos, provider, kToolInfo);
 }
 
 char* CProviderManageInfo::setLinkAppInfo(char* pos, IWbemClassObject& owner) {
@@ -143,28 +243,16 @@ char* CProviderManageInfo::setLinkAppInfo(char* pos, IWbemClassObject& owner) {
     if (c == nullptr)
         return pos;
     for (;;) {
-        char* afterName = getParam(c, kApplicationName, value);
+        typedef CVelmora_LinkApplicationInfo Record;
+        char* afterName = getParam(c, FirstField<Record>(), value);
         if (afterName == nullptr)
             return c;
         IWbemClassObject& element = list.NewElement();
-        element.push(kApplicationName, value);
-        // The element's other fields: ExecutePath searched from the element's
-        // start, DescriptionFilePath from after it. The position returned is
-        // after the last field read, never before ApplicationName, so the
-        // list always moves on.
-        char* last = afterName;
-        char* from = c;
-        if (char* next = getParam(from, kExecutePath, value)) {
-            element.push(kExecutePath, value);
-            from = next;
-            if (next > last)
-                last = next;
-        }
-        if (char* next = getParam(from, kDescriptionFilePath, value)) {
-            element.push(kDescriptionFilePath, value);
-            if (next > last)
-                last = next;
-        }
+        element.push(FirstField<Record>(), value);
+        // The element's other fields are searched from the element's start,
+        // not from after its name. The position returned is after the last
+        // field read, never before the name, so the list always moves on.
+        char* last = SearchLaterFields<Record>(*this, element, c, afterName);
         // The list ends when a module list follows anywhere further on: the
         // module reader expects to start at or before that header.
         if (compareItem2(last, kModuleInfo, value))
@@ -178,23 +266,15 @@ char* CProviderManageInfo::setModuleInfo(char* pos, IWbemClassObject& owner) {
     std::string value;
     char* c = getParam(pos, kModuleInfo, value);
     while (c != nullptr) {
-        char* cur = getParam2(c, kModuleKind, value);
+        typedef CVelmora_ManageModuleInfo Record;
+        char* cur = getParam2(c, FirstField<Record>(), value);
         if (cur == nullptr)
             return c;
         IWbemClassObject& element = list.NewElement();
-        element.push(kModuleKind, value);
+        element.push(FirstField<Record>(), value);
         // Each field searched from the current position; found, the reading
         // goes on after it (one forward search gives both).
-        if (char* next = getParam(cur, kModuleName, value)) {
-            element.push(kModuleName, value);
-            cur = next;
-        }
-        for (const char* name : {kUpdatePriority, kUpdateStatus, kUpdateProgress}) {
-            if (char* next = getParam(cur, name, value)) {
-                element.push(name, ToInt(value));
-                cur = next;
-            }
-        }
+        cur = SearchLaterFields<Record>(*this, element, cur, cur);
         c = setRepositoryInfo(cur, element);
     }
     return nullptr;
@@ -207,26 +287,14 @@ char* CProviderManageInfo::setRepositoryInfo(char* pos, IWbemClassObject& module
     if (c == nullptr)
         return pos;
     for (;;) {
-        char* cur = getParam2(c, kApplyKind, value);
+        typedef CVelmora_ManageRepositoryInfo Record;
+        char* cur = getParam2(c, FirstField<Record>(), value);
         if (cur == nullptr)
             return c;
         IWbemClassObject& element = list.NewElement();
-        element.push(kApplyKind, value);
-        cur = ReadConsecutive(cur, [&](const qel::ItemView& item) {
-            if (NameIndex(item, {kHardwareVersion, kVendorVersion, kDisplayName, kModulePath,
-                                 kReqProviderVersion, kRebootAfterPreUpdate, kRebootAfterUpdate,
-                                 kRebootAfterRestore, kModuleFileName, kManualFileName,
-                                 kReleasenotesFileName}) >= 0) {
-                element.push(item.Name(), item.Value());
-            } else if (NameIndex(item, {kPriority}) == 0) {
-                element.push(item.Name(), ToInt(item.Value()));
-            } else if (NameIndex(item, {kRecovery}) == 0) {
-                element.push(item.Name(), item.Value() == qel::item::kTrue);
-            } else {
-                return false;
-            }
-            return true;
-        });
+        element.push(FirstField<Record>(), value);
+        cur = ReadConsecutive(
+            cur, [&](const qel::ItemView& item) { return TakeLaterField<Record>(item, element); });
         c = setDependencyInfo(cur, kDependencyInfoSelf, element);
         c = setDependencyInfo(c, kDependencyInfoOther, element);
     }
@@ -240,19 +308,14 @@ char* CProviderManageInfo::setDependencyInfo(char* pos, const char* listName,
     if (c == nullptr)
         return pos;
     while (c != nullptr) {
-        char* cur = getParam2(c, kProviderName, value);
+        typedef CVelmora_DependencyInfo Record;
+        char* cur = getParam2(c, FirstField<Record>(), value);
         if (cur == nullptr)
             return c;
         IWbemClassObject& element = list.NewElement();
-        element.push(kProviderName, value);
-        c = ReadConsecutive(cur, [&](const qel::ItemView& item) {
-            if (NameIndex(item, {kVendorName, kUniqueName, kModuleKind, kModuleName, kVendorVersion,
-                                 kUpperVendorVersion}) < 0) {
-                return false;
-            }
-            element.push(item.Name(), item.Value());
-            return true;
-        });
+        element.push(FirstField<Record>(), value);
+        c = ReadConsecutive(
+            cur, [&](const qel::ItemView& item) { return TakeLaterField<Record>(item, element); });
     }
     return nullptr;
 }

@@ -1,7 +1,10 @@
 // CProviderManageInfo: the positional readers of reply text into records.
+#include <cassert>
+
 #include "CProviderManageInfo.h"
 #include "codec/item_view.h"
 #include "common/trace.h"
+#include "plain_layout.h"
 #include "provider_fields.h"
 #include "provider_signatures.h"
 
@@ -9,36 +12,6 @@ namespace {
 
 using namespace qel::pm;
 
-// Reads the fields of one list element at a cursor; a field that is not the
-// item at the cursor is skipped without moving on.
-class ElementCursor {
-  public:
-    explicit ElementCursor(char* pos) : pos_(pos) {}
-    QEL_INLINE_READER ElementCursor& String(const char* name, std::string& value) {
-        pos_ = qel::ReadItem(pos_, name, value);
-        return *this;
-    }
-    QEL_INLINE_READER ElementCursor& Int(const char* name, int& value) {
-        pos_ = qel::ReadItem(pos_, name, value);
-        return *this;
-    }
-    QEL_INLINE_READER ElementCursor& Bool(const char* name, bool& value) {
-        pos_ = qel::ReadItem(pos_, name, value);
-        return *this;
-    }
-    QEL_INLINE_READER ElementCursor& Array(const char* name, std::vector<std::string>& values) {
-        pos_ = qel::ReadItem(pos_, name, values);
-        return *this;
-    }
-    char* pos() const { return pos_; }
-    void set(char* pos) { pos_ = pos; }
-
-  private:
-    char* pos_;
-};
-
-// Hooks around each element; the device form of the linked-application
-// reader traces them.
 // The per-element traces that the device form of the linked-application
 // reader writes; no source, no trace.
 struct ElementTrace {
@@ -53,58 +26,189 @@ struct ElementTrace {
     }
 };
 
-// The shape of every list: for element i an optional header named after
-// the list, then the first field, whose absence ends the list, then the rest.
-template <class Record, class ReadRest>
-char* ReadList(char* pos, const char* listName, const char* firstField, std::string Record::*first,
-               std::vector<Record>& list, ReadRest readRest,
-               const ElementTrace& trace = ElementTrace()) {
-    for (;;) {
-        trace.Begin();
+// A nested list is read by the codec's reader of that list, found by the
+// types of its owner and its elements.
+template <class Owner>
+char* ReadNested(CProviderManageInfo& codec, char* pos, const char*, Owner& owner,
+                 std::vector<CVelmora_LinkApplicationInfo>&) {
+    return codec.setLinkAppInfo(pos, owner);
+}
+
+template <class Owner>
+char* ReadNested(CProviderManageInfo& codec, char* pos, const char*, Owner& owner,
+                 std::vector<CVelmora_ManageModuleInfo>&) {
+    return codec.setModuleInfo(pos, owner);
+}
+
+char* ReadNested(CProviderManageInfo& codec, char* pos, const char*,
+                 CVelmora_ManageModuleInfo& module, std::vector<CVelmora_ManageRepositoryInfo>&) {
+    return codec.setRepositoryInfo(pos, module);
+}
+
+// The entry's two dependency lists share one reader, which takes the name.
+char* ReadNested(CProviderManageInfo& codec, char* pos, const char* listName,
+                 CVelmora_ManageRepositoryInfo&, std::vector<CVelmora_DependencyInfo>& deps) {
+    return codec.setDependencyInfo(pos, listName, deps);
+}
+
+char* ReadNested(CProviderManageInfo& codec, char* pos, const char*,
+                 CVelmora_DevProviderManageInfo& info, std::vector<CVelmora_DeviceInfo>&) {
+    return codec.setDeviceInfo(pos, info);
+}
+
+char* ReadNested(CProviderManageInfo& codec, char* pos, const char*,
+                 CVelmora_ToolProviderManageInfo& info, std::vector<CVelmora_ToolInfo>&) {
+    return codec.setToolInfo(pos, info);
+}
+
+// Reads the fields of a record at a cursor, one item per field in layout
+// order; a field that is not the item at the cursor is skipped without
+// moving on.
+//
+// Made for a list, it first reads the first field of a new element: the
+// element is made in its place in the list once that field is known to be
+// there (an unreadable one counts as there, and an unclosed one leaves it
+// empty), so no record is built to be moved. Without that field the list
+// ends, and the other fields are not read.
+template <class Record>
+class FieldReader {
+  public:
+    FieldReader(CProviderManageInfo& codec, char* pos, Record& record)
+        : codec_(codec), pos_(pos), record_(&record), state_(kRest) {}
+    FieldReader(CProviderManageInfo& codec, char* pos, std::vector<Record>& list)
+        : codec_(codec), pos_(pos), list_(&list), state_(kFirst) {}
+
+    char* pos() const { return pos_; }
+    bool ended() const { return state_ == kEnded; }
+
+    template <std::size_t N>
+    QEL_INLINE_READER void String(const char (&name)[N], std::string Record::*field) {
+        if (state_ == kFirst)
+            First(name, field);
+        else if (state_ == kRest)
+            pos_ = qel::ReadItem(pos_, name, record_->*field);
+    }
+    template <std::size_t N>
+    QEL_INLINE_READER void Int(const char (&name)[N], int Record::*field) {
+        Rest(name, field);
+    }
+    template <std::size_t N>
+    QEL_INLINE_READER void Bool(const char (&name)[N], bool Record::*field) {
+        Rest(name, field);
+    }
+    template <std::size_t N>
+    QEL_INLINE_READER void Array(const char (&name)[N], std::vector<std::string> Record::*field) {
+        Rest(name, field);
+    }
+    template <std::size_t N, class Element>
+    QEL_INLINE_READER void List(const char (&name)[N], std::vector<Element> Record::*field,
+                                ListHeader) {
+        assert(state_ != kFirst);
+        if (state_ == kRest)
+            pos_ = ReadNested(codec_, pos_, name, *record_, record_->*field);
+    }
+
+  private:
+    enum State { kFirst, kRest, kEnded };
+
+    template <std::size_t N>
+    QEL_INLINE_READER void First(const char (&name)[N], std::string Record::*field) {
         // An element's keys are matched by their last path component, so
         // the path "List[i]/" itself is never built.
+        const std::size_t count = list_->size();
+        char* next = qel::CompareOne(
+            pos_, name,
+            [&](const qel::ItemView& item) { item.AssignValue(list_->emplace_back().*field); },
+            [] {});
+        if (next == pos_) {
+            state_ = kEnded;
+            return;
+        }
+        if (list_->size() == count)
+            list_->emplace_back();
+        record_ = &list_->back();
+        pos_ = next;
+        state_ = kRest;
+    }
+
+    template <std::size_t N, class T>
+    QEL_INLINE_READER void Rest(const char (&name)[N], T Record::*field) {
+        assert(state_ != kFirst);
+        if (state_ == kRest)
+            pos_ = qel::ReadItem(pos_, name, record_->*field);
+    }
+
+    CProviderManageInfo& codec_;
+    char* pos_;
+    std::vector<Record>* list_ = nullptr;
+    Record* record_ = nullptr;
+    State state_;
+};
+
+// The shape of every list: for element i an optional header named after
+// the list, then the first field, whose absence ends the list, then the rest.
+template <class Record>
+char* ReadList(CProviderManageInfo& codec, char* pos, const char* listName,
+               std::vector<Record>& list, const ElementTrace& trace = ElementTrace()) {
+    for (;;) {
+        trace.Begin();
         char* atElement = qel::CompareOne(
             pos, listName, [](const qel::ItemView&) {}, [] {});
-        // The record is made in its place in the list once its first field
-        // is known to be there (an unreadable one counts as there, and an
-        // unclosed one leaves it empty): no record is built to be moved.
-        const std::size_t count = list.size();
-        char* next = qel::CompareOne(
-            atElement, firstField,
-            [&](const qel::ItemView& item) { item.AssignValue(list.emplace_back().*first); },
-            [] {});
-        if (next == atElement)
+        FieldReader<Record> element(codec, atElement, list);
+        VisitPlainFields(PlainRecord<Record>(), element);
+        if (element.ended())
             return atElement;
-        if (list.size() == count)
-            list.emplace_back();
-        ElementCursor cursor(next);
-        readRest(cursor, list.back());
         trace.Appended();
-        pos = cursor.pos();
+        pos = element.pos();
     }
 }
 
-template <class Owner>
-char* ReadLinkApps(char* pos, Owner& owner, bool traced, const std::string& traceName) {
-    auto rest = [](ElementCursor& c, CVelmora_LinkApplicationInfo& app) {
-        c.String(kExecutePath, app.ExecutePath)
-            .String(kDescriptionFilePath, app.DescriptionFilePath);
-    };
-    return ReadList(pos, kLinkAppInfo, kApplicationName,
-                    &CVelmora_LinkApplicationInfo::ApplicationName, owner.LinkAppInfo, rest,
-                    ElementTrace{traced ? &traceName : nullptr});
+// Reads the one list of Elements that `owner` holds, under the name that
+// the layout gives it.
+template <class Element, class Owner>
+class OwnedList {
+  public:
+    OwnedList(CProviderManageInfo& codec, char* pos, Owner& owner, const ElementTrace& trace)
+        : codec_(codec), pos_(pos), owner_(owner), trace_(trace) {}
+
+    char* pos() const { return pos_; }
+
+    template <std::size_t N, class T>
+    void String(const char (&)[N], T Owner::*) {}
+    template <std::size_t N, class T>
+    void Int(const char (&)[N], T Owner::*) {}
+    template <std::size_t N, class T>
+    void Bool(const char (&)[N], T Owner::*) {}
+    template <std::size_t N, class T>
+    void Array(const char (&)[N], T Owner::*) {}
+    template <std::size_t N>
+    void List(const char (&name)[N], std::vector<Element> Owner::*field, ListHeader) {
+        pos_ = ReadList(codec_, pos_, name, owner_.*field, trace_);
+    }
+    template <std::size_t N, class Other>
+    void List(const char (&)[N], std::vector<Other> Owner::*, ListHeader) {}
+
+  private:
+    CProviderManageInfo& codec_;
+    char* pos_;
+    Owner& owner_;
+    const ElementTrace& trace_;
+};
+
+template <class Element, class Owner>
+char* ReadOwnedList(CProviderManageInfo& codec, char* pos, Owner& owner,
+                    const ElementTrace& trace = ElementTrace()) {
+    OwnedList<Element, Owner> list(codec, pos, owner, trace);
+    VisitPlainFields(PlainRecord<Owner>(), list);
+    return list.pos();
 }
 
-template <class Owner>
-char* ReadModules(CProviderManageInfo& codec, char* pos, Owner& owner) {
-    return ReadList(pos, kModuleInfo, kModuleKind, &CVelmora_ManageModuleInfo::ModuleKind,
-                    owner.ModuleInfo, [&](ElementCursor& c, CVelmora_ManageModuleInfo& module) {
-                        c.String(kModuleName, module.ModuleName)
-                            .Int(kUpdatePriority, module.UpdatePriority)
-                            .Int(kUpdateStatus, module.UpdateStatus)
-                            .Int(kUpdateProgress, module.UpdateProgress);
-                        c.set(codec.setRepositoryInfo(c.pos(), module));
-                    });
+// setManageInfo's reading of the provider's fields and lists.
+template <class Provider>
+char* ReadProvider(CProviderManageInfo& codec, char* pos, Provider& info) {
+    FieldReader<Provider> fields(codec, pos, info);
+    VisitPlainFields(PlainRecord<Provider>(), fields);
+    return fields.pos();
 }
 
 }  // namespace
@@ -125,93 +229,48 @@ void CProviderManageInfo::toObject(char* text, CVelmora_ToolProviderManageInfo& 
 
 char* CProviderManageInfo::setManageInfo(char* pos, CVelmora_DevProviderManageInfo& info) {
     qel::TraceEnter(traceName(), qel::sig::kSetManageInfoDev);
-    pos = compareItem(pos, kProviderName, info.ProviderName);
-    pos = compareItem(pos, kProviderVendorName, info.ProviderVendorName);
-    pos = compareItem(pos, kProviderVersion, info.ProviderVersion);
-    pos = setDeviceInfo(pos, info);
+    pos = ReadProvider(*this, pos, info);
     qel::TraceLeave(traceName(), qel::sig::kSetManageInfoDev);
     return pos;
 }
 
 char* CProviderManageInfo::setManageInfo(char* pos, CVelmora_ToolProviderManageInfo& info) {
     qel::TraceEnter(traceName(), qel::sig::kSetManageInfoTool);
-    pos = compareItem(pos, kProviderName, info.ProviderName);
-    pos = compareItem(pos, kProviderVendorName, info.ProviderVendorName);
-    pos = compareItem(pos, kProviderVersion, info.ProviderVersion);
-    pos = setToolInfo(pos, info);
+    pos = ReadProvider(*this, pos, info);
     qel::TraceLeave(traceName(), qel::sig::kSetManageInfoTool);
     return pos;
 }
 
 char* CProviderManageInfo::setDeviceInfo(char* pos, CVelmora_DevProviderManageInfo& info) {
-    return ReadList(pos, kDeviceInfo, kVendorName, &CVelmora_DeviceInfo::VendorName,
-                    info.DeviceInfo, [this](ElementCursor& c, CVelmora_DeviceInfo& device) {
-                        c.String(kUniqueName, device.UniqueName)
-                            .String(kDeviceId, device.DeviceId)
-                            .String(kHardwareVersion, device.HardwareVersion)
-                            .Array(kExtendedInfo, device.ExtendedInfo);
-                        c.set(setLinkAppInfo(c.pos(), device));
-                        c.set(setModuleInfo(c.pos(), device));
-                    });
+    return ReadOwnedList<CVelmora_DeviceInfo>(*this, pos, info);
 }
 
 char* CProviderManageInfo::setToolInfo(char* pos, CVelmora_ToolProviderManageInfo& info) {
-    return ReadList(
-        pos, kToolInfo, kVendorName, &CVelmora_ToolInfo::VendorName, info.ToolInfo,
-        [this](ElementCursor& c, CVelmora_ToolInfo& tool) {
-            c.String(kUniqueName, tool.UniqueName).Array(kExtendedInfo, tool.ExtendedInfo);
-            c.set(setLinkAppInfo(c.pos(), tool));
-            c.set(setModuleInfo(c.pos(), tool));
-        });
+    return ReadOwnedList<CVelmora_ToolInfo>(*this, pos, info);
 }
 
 char* CProviderManageInfo::setLinkAppInfo(char* pos, CVelmora_DeviceInfo& device) {
-    return ReadLinkApps(pos, device, /*traced=*/true, traceName());
+    return ReadOwnedList<CVelmora_LinkApplicationInfo>(*this, pos, device,
+                                                       ElementTrace{&traceName()});
 }
 
 char* CProviderManageInfo::setLinkAppInfo(char* pos, CVelmora_ToolInfo& tool) {
-    return ReadLinkApps(pos, tool, /*traced=*/false, traceName());
+    return ReadOwnedList<CVelmora_LinkApplicationInfo>(*this, pos, tool);
 }
 
 char* CProviderManageInfo::setModuleInfo(char* pos, CVelmora_DeviceInfo& device) {
-    return ReadModules(*this, pos, device);
+    return ReadOwnedList<CVelmora_ManageModuleInfo>(*this, pos, device);
 }
 
 char* CProviderManageInfo::setModuleInfo(char* pos, CVelmora_ToolInfo& tool) {
-    return ReadModules(*this, pos, tool);
+    return ReadOwnedList<CVelmora_ManageModuleInfo>(*this, pos, tool);
 }
 
 char* CProviderManageInfo::setRepositoryInfo(char* pos, CVelmora_ManageModuleInfo& module) {
-    return ReadList(
-        pos, kRepositoryInfo, kApplyKind, &CVelmora_ManageRepositoryInfo::ApplyKind,
-        module.RepositoryInfo, [this](ElementCursor& c, CVelmora_ManageRepositoryInfo& entry) {
-            c.String(kHardwareVersion, entry.HardwareVersion)
-                .String(kVendorVersion, entry.VendorVersion)
-                .String(kDisplayName, entry.DisplayName)
-                .String(kModulePath, entry.ModulePath)
-                .Int(kPriority, entry.Priority)
-                .String(kReqProviderVersion, entry.ReqProviderVersion)
-                .String(kRebootAfterPreUpdate, entry.RebootAfterPreUpdate)
-                .String(kRebootAfterUpdate, entry.RebootAfterUpdate)
-                .String(kRebootAfterRestore, entry.RebootAfterRestore)
-                .Bool(kRecovery, entry.Recovery)
-                .Array(kModuleFileName, entry.ModuleFileName)
-                .Array(kManualFileName, entry.ManualFileName)
-                .Array(kReleasenotesFileName, entry.ReleasenotesFileName);
-            c.set(setDependencyInfo(c.pos(), kDependencyInfoSelf, entry.DependencyInfoSelf));
-            c.set(setDependencyInfo(c.pos(), kDependencyInfoOther, entry.DependencyInfoOther));
-        });
+    return ReadOwnedList<CVelmora_ManageRepositoryInfo>(*this, pos, module);
 }
 
 char* CProviderManageInfo::setDependencyInfo(char* pos, const char* listName,
                                              std::vector<CVelmora_DependencyInfo>& deps) {
-    return ReadList(pos, listName, kProviderName, &CVelmora_DependencyInfo::ProviderName, deps,
-                    [](ElementCursor& c, CVelmora_DependencyInfo& dep) {
-                        c.String(kVendorName, dep.VendorName)
-                            .String(kUniqueName, dep.UniqueName)
-                            .String(kModuleKind, dep.ModuleKind)
-                            .String(kModuleName, dep.ModuleName)
-                            .String(kVendorVersion, dep.VendorVersion)
-                            .String(kUpperVendorVersion, dep.UpperVendorVersion);
-                    });
+    return ReadList(*this, pos, listName, deps);
 }
