@@ -113,7 +113,7 @@ class QEL_SOMIF_API CSerializedMsg {
     std::string traceName_;
     // While a reader runs over one text: an index of its items by name that
     // the forward searches use (see src/codec/item_index.h).
-    const qel::ItemIndex* searchIndex_ = nullptr;
+    qel::ItemIndex* searchIndex_ = nullptr;
 };
 
 #endif  // QEL_CSERIALIZEDMSG_H

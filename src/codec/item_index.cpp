@@ -29,7 +29,10 @@ void SetItemIndexEnabled(bool enabled) {
     g_enabled = enabled;
 }
 
-ItemIndex::ItemIndex(char* text) : buckets_(64) {
+void ItemIndex::Build() {
+    char* const text = text_;
+    text_ = nullptr;
+    buckets_.resize(64);
     // Sized from the text at about one item per kBytesPerItem: regrowing a
     // large vector item by item meant several large allocations per text.
     const std::size_t expected = std::strlen(text) / kBytesPerItem + 1;
@@ -87,10 +90,10 @@ ItemIndex::Bucket& ItemIndex::Insert(const char* name, std::size_t length) {
     }
 }
 
-const ItemIndex::Bucket* ItemIndex::Lookup(const char* name, std::size_t length) const {
+ItemIndex::Bucket* ItemIndex::Lookup(const char* name, std::size_t length) {
     const std::size_t mask = buckets_.size() - 1;
     for (std::size_t slot = Hash(name, length) & mask;; slot = (slot + 1) & mask) {
-        const Bucket& bucket = buckets_[slot];
+        Bucket& bucket = buckets_[slot];
         if (bucket.name == nullptr)
             return nullptr;
         if (bucket.length == length && std::memcmp(bucket.name, name, length) == 0) {
@@ -99,7 +102,9 @@ const ItemIndex::Bucket* ItemIndex::Lookup(const char* name, std::size_t length)
     }
 }
 
-bool ItemIndex::Locate(const char* pos, std::size_t* index) const {
+bool ItemIndex::Locate(const char* pos, std::size_t* index) {
+    if (text_ != nullptr)
+        Build();
     if (pos == lastNext_ && pos != nullptr) {
         *index = lastNextIndex_;
         return true;
@@ -117,8 +122,8 @@ bool ItemIndex::Locate(const char* pos, std::size_t* index) const {
     return true;
 }
 
-const ItemView* ItemIndex::Find(std::size_t index, const KeyMatch& key) const {
-    const Bucket* bucket = Lookup(key.text, key.length);
+const ItemView* ItemIndex::Find(std::size_t index, const KeyMatch& key) {
+    Bucket* bucket = Lookup(key.text, key.length);
     if (bucket == nullptr)
         return nullptr;
     const std::vector<uint32_t>& list = bucket->items;
