@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "recording.h"
+#include "support/fake_som_service.h"
 #include "support/somd_process.h"
 #include "support/test_data.h"
 
@@ -17,11 +18,15 @@ namespace {
 namespace rec = qel::recording;
 using qel_test::ReadFile;
 
-const char kRequest[] = "00000076cafefeedVELMORA_UpdateManager/SetAutoDownloadSetting00000000";
+// A SetAutoDownloadSetting message with this body.
+std::string Message(const std::string& body) {
+    return qel_test::FakeSomService::ReplyText("VELMORA_UpdateManager", "SetAutoDownloadSetting", 0,
+                                               body);
+}
 
 TEST(RecordingFormat, DamageIsNamedByLine) {
     const std::string head =
-        std::string(rec::kVersionLine) + "\nexchange - 5ms\nrequest " + kRequest + "00000000\n";
+        std::string(rec::kVersionLine) + "\nexchange - 5ms\nrequest " + Message("") + "\n";
     const std::tuple<std::string, int, const char*> cases[] = {
         {"", 1, "empty file"},
         {"qel-record 2\n", 1, "version \"2\""},
@@ -41,13 +46,6 @@ TEST(RecordingFormat, DamageIsNamedByLine) {
             EXPECT_NE(std::string(e.what()).find(words), std::string::npos) << e.what();
         }
     }
-}
-
-// A request of kRequest's class and method with this body.
-std::string Message(const std::string& body) {
-    char length[16];
-    std::snprintf(length, sizeof length, "%08zu", body.size());
-    return kRequest + (length + body);
 }
 
 TEST(RecordingFormat, BytesSurviveAndPasswordsAreMasked) {

@@ -21,6 +21,7 @@
 
 #include "CSomIf.h"
 #include "common/record_json.h"
+#include "support/fake_som_service.h"
 #include "support/somd_process.h"
 #include "support/test_data.h"
 
@@ -219,10 +220,9 @@ TEST_F(SomdTest, MalformedRequestsAndOtherKeysAreRefusedAndChangeNothing) {
     update.DayOfWeek = "Sunday";
     ASSERT_EQ(som.SetAutoUpdateSetting(update), 0);
     const auto frame = [](const std::string& target, const std::string& body, unsigned result = 0) {
-        char head[16], tail[32];
-        std::snprintf(head, sizeof head, "%08zu", 8 + 8 + target.size() + 16);
-        std::snprintf(tail, sizeof tail, "%08x%08zu", result, body.size());
-        return head + std::string("cafefeed") + target + tail + body;
+        const std::size_t slash = target.rfind('/');
+        return FakeSomService::ReplyText(target.substr(0, slash), target.substr(slash + 1), result,
+                                         body);
     };
     const unsigned kUnknownMethod = 0x8000A003u, kBadRequest = 0x8000A004u;
     const std::string longName = std::string(3000, 'C') + "/M",
