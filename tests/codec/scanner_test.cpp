@@ -20,38 +20,33 @@ class ScannerTest : public ::testing::Test {
     }
 };
 
-TEST_F(ScannerTest, GetItemReadsOneItemOrKeepsWhatItCould) {
-    // Expected: the next offset, then type|name|value starting from T|N|V.
+TEST_F(ScannerTest, GetItemReadsOneItemAsTextOrNumberOrKeepsWhatItCould) {
+    // Expected: the next offset, then type|name|value starting from T|N|V, then
+    // the number form's value starting from 42: strtol's, truncated to 32 bits.
     // clang-format off
     const Case cases[] = {
-        {"string;A;x;int;B;5;", "11 string|A|x"},
-        {"string;P;a%!@b;", "15 string|P|a;b"}, {"string;P;%!@%!@;", "16 string|P|;;"},
-        {"string;E;;", "10 string|E|"}, {"string;P;100%!;", "15 string|P|100%!"},
-        {"string;A;x", "-1 string|A|V"}, {"string;A", "-1 string|N|V"}, {"string", "-1 T|N|V"},
-        {"", "-1 T|N|V"}};
+        {"string;A;x;int;B;5;", "11 string|A|x 0"}, {"string;P;a%!@b;", "15 string|P|a;b 0"},
+        {"string;P;%!@%!@;", "16 string|P|;; 0"}, {"string;E;;", "10 string|E| 0"},
+        {"string;P;100%!;", "15 string|P|100%! 100"}, {"int;I;-12;", "10 int|I|-12 -12"},
+        {"int;I;12ab;", "11 int|I|12ab 12"}, {"int;I;4294967297;", "17 int|I|4294967297 1"},
+        {"int;I; +7;", "10 int|I| +7 7"}, {"string;A;x", "-1 string|A|V 42"},
+        {"string;A", "-1 string|N|V 42"}, {"string", "-1 T|N|V 42"}, {"", "-1 T|N|V 42"}};
     // clang-format on
     for (const Case& c : cases) {
         TextBuffer text(c.first);
-        std::string type = "T", name = "N", value = "V";
+        std::string type = "T", name = "N", value = "V", numberType = "T", numberName = "N";
+        int number = 42;
         const std::string next = At(text, codec.getItem(text.get(), type, name, value));
-        EXPECT_EQ(next + " " + type + "|" + name + "|" + value, c.second) << c.first;
+        // The number form stops at the same place and keeps the same type and name.
+        EXPECT_EQ(At(text, codec.getItem(text.get(), numberType, numberName, number)) + numberType +
+                      numberName,
+                  next + type + name);
+        EXPECT_EQ(next + " " + type + "|" + name + "|" + value + " " + std::to_string(number),
+                  c.second)
+            << c.first;
     }
     std::string t, n, v;
     EXPECT_EQ(codec.getItem(nullptr, t, n, v), nullptr);
-}
-
-TEST_F(ScannerTest, NumbersParseLikeStrtolTruncatedTo32Bits) {
-    // 42 is the value before the call: a cut item leaves it and gives null.
-    const std::pair<const char*, int> cases[] = {
-        {"int;I;-12;", -12},      {"int;I;12ab;", 12}, {"int;I;;", 0}, {"int;I;x;", 0},
-        {"int;I;4294967297;", 1}, {"int;I; +7;", 7},   {"int;I;5", 42}};
-    for (const auto& c : cases) {
-        TextBuffer text(c.first);
-        std::string type, name;
-        int value = 42;
-        EXPECT_EQ(codec.getItem(text.get(), type, name, value) == nullptr, c.second == 42);
-        EXPECT_EQ(value, c.second) << c.first;
-    }
 }
 
 TEST_F(ScannerTest, CompareItemMatchesOneItemByNameOrPath) {

@@ -63,7 +63,6 @@ TEST_F(FileTransferTest, RepliesAreStoredCutOrReadToTheClose) {
         {Action::Answer(big), 200000, FakeSomService::ReplyText("C", "M", 0, big)},
         // The header read takes 35 + 4096 bytes and leaves room for one more.
         {Action::Answer(big), 4133, FakeSomService::ReplyText("C", "M", 0, big).substr(0, 4132)},
-        {Action::Answer("next"), 256, kHeader.substr(0, 27) + "00000004next"},
         {Action::Raw(kHeader.substr(0, 27) + "00000004next and more"), 256,
          kHeader.substr(0, 27) + "00000004next"},  // the length field decides
         {Action::Raw(noLength + std::string(9000, 'u')), 256,
@@ -73,17 +72,11 @@ TEST_F(FileTransferTest, RepliesAreStoredCutOrReadToTheClose) {
         {Action::Raw(kHeader.substr(0, 27) + "00000010abc"), 256,
          kHeader.substr(0, 27) + "00000010abc"},
         {Action::Raw("garbage"), 256, "<-1>"},  // shorter than a header
-        {Action::Raw(""), 256, "<-1>"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(Exchange(service, c.action, c.bufferSize), c.stored) << c.stored.substr(0, 40);
     EXPECT_EQ(reused.Exchange(kHeader, 35, 0), 0);  // no room at all: the reply is drained
     EXPECT_STREQ(reused.ReplyBytes(), "");
-    CFileTransfer transfer("t", kConfig);
-    EXPECT_EQ(transfer.SendMessage("00000035cafefeedC/M0000000000000003abc"), 38);
-    char buffer[64];
-    EXPECT_EQ(transfer.RecvMessage(buffer, sizeof buffer, 35), 35);  // the request was read whole
-    EXPECT_EQ(service.LastRequest().bytes, "00000035cafefeedC/M0000000000000003abc");
 }
 
 TEST_F(FileTransferTest, FailuresTellTheirStageAndErrnoLeakNothingAndRaiseNoSigpipe) {
@@ -95,7 +88,8 @@ TEST_F(FileTransferTest, FailuresTellTheirStageAndErrnoLeakNothingAndRaiseNoSigp
         int error;
     } cases[] = {
         {"", Stage::kConfiguration, ENOENT},
-        {"# comment only\ntimeout=1\n", Stage::kConfiguration, 0},
+        // No socket line, or one whose value is all comment.
+        {"# comment only\nsocket=  # nothing\ntimeout=1\n", Stage::kConfiguration, 0},
         {"socket=" + root.root() + "/absent.sock\n", Stage::kConnect, ENOENT},
         {"socket=/" + std::string(200, 'x') + "\n", Stage::kConnect, ENAMETOOLONG},
     };
@@ -105,10 +99,9 @@ TEST_F(FileTransferTest, FailuresTellTheirStageAndErrnoLeakNothingAndRaiseNoSigp
         for (int i = 0; i < 3; ++i) {
             EXPECT_EQ(reused.Exchange(kHeader, 35, 64), CFileTransfer::kNotSent);
             EXPECT_STREQ(reused.ReplyBytes(), "");
-            CFileTransfer transfer("t", kConfig);
-            EXPECT_EQ(transfer.SendMessage(kHeader), -1);
-            EXPECT_EQ(transfer.LastFailedStage(), c.stage) << c.config;
-            EXPECT_EQ(transfer.LastErrno(), c.error) << c.config;
+            EXPECT_EQ(reused.SendMessage(kHeader), -1);
+            EXPECT_EQ(reused.LastFailedStage(), c.stage) << c.config;
+            EXPECT_EQ(reused.LastErrno(), c.error) << c.config;
         }
     }
     EXPECT_EQ(qel_test::OpenDescriptorCount(), descriptors);
@@ -119,8 +112,6 @@ TEST_F(FileTransferTest, FailuresTellTheirStageAndErrnoLeakNothingAndRaiseNoSigp
     service.Push(Action::Fault(Action::kNeverAnswer));
     EXPECT_EQ(reused.SendMessage(kHeader), 35);
     EXPECT_EQ(reused.LastFailedStage(), Stage::kNone);
-    EXPECT_EQ(reused.SocketPath(), service.socketPath());
-    EXPECT_EQ(reused.TimeoutSeconds(), 1);
     EXPECT_EQ(reused.RecvMessage(buffer, 64, 35), -1);
     EXPECT_EQ(reused.LastFailedStage(), Stage::kReceive);
     EXPECT_EQ(reused.LastErrno(), ETIMEDOUT);
@@ -140,7 +131,7 @@ TEST_F(FileTransferTest, ConfigurationLinesCommentsAndBadValues) {
     const std::string stays = "is not whole seconds from 0 to 2147483; the time-out stays ";
     const struct {
         const char* text;
-        const char* socket;  // nullptr: no socket line found
+        const char* socket;
         int timeout;
         std::string trace;  // the error line's text, or "" for none
     } cases[] = {
@@ -148,18 +139,16 @@ TEST_F(FileTransferTest, ConfigurationLinesCommentsAndBadValues) {
         {"socket=/s   # the service\ntimeout=300   # seconds\n", "/s", 300, ""},
         {"socket=/run/a#b.sock\ntimeout=7#x\n", "/run/a#b.sock", 300,
          "/c: timeout \"7#x\" " + stays + "300 s"},
-        {"socket=/s\ntimeout=abc\n", "/s", 300, "/c: timeout \"abc\" " + stays + "300 s"},
         {"socket=/s\ntimeout=9\ntimeout=-1\n", "/s", 9, "/c: timeout \"-1\" " + stays + "9 s"},
         {"socket=/s\ntimeout=2147484\n", "/s", 300, "/c: timeout \"2147484\" " + stays + "300 s"},
-        {"socket=  # nothing\n", nullptr, 300, ""},
     };
     for (const auto& c : cases) {
         root.WriteFile("/c", c.text);
         qel_test::TraceRecorder traces;
         std::string socket;
         int timeout = CFileTransfer::kDefaultTimeoutSeconds;
-        EXPECT_EQ(CFileTransfer::ReadConfiguration("/c", socket, timeout), c.socket != nullptr);
-        EXPECT_EQ(socket, c.socket != nullptr ? c.socket : "") << c.text;
+        EXPECT_TRUE(CFileTransfer::ReadConfiguration("/c", socket, timeout));
+        EXPECT_EQ(socket, c.socket) << c.text;
         EXPECT_EQ(timeout, c.timeout) << c.text;
         const std::vector<std::string> texts = traces.Texts();
         EXPECT_EQ(texts.empty() ? "" : texts.front(), c.trace) << c.text;

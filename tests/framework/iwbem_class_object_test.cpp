@@ -1,4 +1,4 @@
-// Property objects: writers, lookup, and the ownership rules of trees. Live
+// Property objects: the prefixed writers, lookup, and the ownership rules of trees. Live
 // counts of objects and of heap blocks show ownership mistakes as numbers,
 // leaked vectors included, without a leak checker.
 #include <gtest/gtest.h>
@@ -21,39 +21,21 @@ class Counted : public IWbemClassObject {
 };
 int Counted::live = 0;
 
-TEST(IWbemClassObjectTest, WritersAppendExactItemBytes) {
+// The writers without a prefix are checked byte-exact through the encoder (codec_test).
+TEST(IWbemClassObjectTest, PrefixedWritersAndLookupByName) {
     IWbemClassObject target;
     std::string out = "keep;";
-    target.SetString(out, "S", "a;b");
-    target.SetInt(out, "I", -1);
-    target.SetUInt(out, "U", 4000000000u);
-    target.SetLong(out, "L", -9);
-    target.SetULong(out, "UL", 9);
-    target.SetBool(out, "B", false);
-    target.SetStringArray(out, "A", {"x", "y;z"});
-    target.SetClass(out, "C", target);
-    target.SetClassArray(out, "CA", nullptr);
     target.SetString(out, "P[0]/", "S", ";");
     target.SetInt(out, "P[0]/", "I", 3);
     target.SetBool(out, "P[0]/", "B", true);
-    EXPECT_EQ(out,
-              "keep;string;S;a%!@b;int;I;-1;uint;U;4000000000;long;L;-9;ulong;UL;9;"
-              "bool;B;false;string[];A;x!#y%!@z;class;C;;class[];CA;;string;P[0]/S;%!@;"
-              "int;P[0]/I;3;bool;P[0]/B;true;");
+    EXPECT_EQ(out, "keep;string;P[0]/S;%!@;int;P[0]/I;3;bool;P[0]/B;true;");
     EXPECT_TRUE(target.empty());
-    target.push("A", 1);
     target.push("B", std::string("b"));
-    target.push("A", 2);
-    std::vector<std::string> names;
-    for (auto it = target.getIterator(); target.hasNext(it); ++it)
-        names.push_back(it->first);
-    EXPECT_EQ(names, (std::vector<std::string>{"A", "B", "A"}));
-    EXPECT_EQ(*target.GetAs<int>("A"), 2);  // the last entry of a name stands on top
     EXPECT_EQ(target.GetAs<int>("B"), nullptr);
     EXPECT_EQ(target.Get("Z"), nullptr);
 }
 
-TEST(IWbemClassObjectTest, TreesAndReturnValuesFreeEverythingTheyHold) {
+TEST(IWbemClassObjectTest, TreesAndParameterListsFreeEverythingTheyHold) {
     Counted::live = 0;
     const long blocks = qel_test::LiveBlocks();
     {
@@ -77,13 +59,10 @@ TEST(IWbemClassObjectTest, TreesAndReturnValuesFreeEverythingTheyHold) {
         EXPECT_EQ(Counted::live, 9);
     }
     EXPECT_EQ(Counted::live, 0);
+    // A ReturnValue replacing an earlier one is checked through the relayed operations.
+    EXPECT_EQ(CIWbemUtil::setReturnValueToIWbemClassObject(nullptr, 1), 0x80041008L);
     {
         IWbemClassObject obj;
-        EXPECT_EQ(CIWbemUtil::setReturnValueToIWbemClassObject(&obj, 5), 0);
-        EXPECT_EQ(CIWbemUtil::setReturnValueToIWbemClassObject(&obj, 0xFFFFFFFF80081001UL), 0);
-        EXPECT_EQ(obj.size(), 1u);  // replaced, not appended
-        EXPECT_EQ(*obj.GetAs<long>("ReturnValue"), static_cast<long>(0xFFFFFFFF80081001UL));
-        EXPECT_EQ(CIWbemUtil::setReturnValueToIWbemClassObject(nullptr, 1), 0x80041008L);
         auto* list = new Objects{new Counted, new Counted};
         EXPECT_EQ(CIWbemUtil::setParameterClassArrayToIWbemClassObject(&obj, "L", list), 0);
         EXPECT_EQ(*obj.GetAs<Objects*>("L"), list);
