@@ -6,7 +6,6 @@
 
 #include <chrono>
 #include <functional>
-#include <map>
 #include <memory>
 #include <tuple>
 
@@ -15,6 +14,7 @@
 #include "support/fake_som_service.h"
 #include "support/sample_providers.h"
 #include "support/trace_recorder.h"
+#include "common/object_json.h"
 
 namespace {
 
@@ -26,36 +26,27 @@ typedef std::vector<IWbemClassObject*> Objects;
 const int kSendFailed = static_cast<int>(0x80081001u);
 const int kReceiveFailed = static_cast<int>(0x80081101u);
 
-TEST(MessageHeaderTest, HeadersNamesAndHandBuiltItems) {
+TEST(MessageHeaderTest, HeadersNamesHandBuiltItemsAndTheObjectsOwnTraces) {
     TraceRecorder traces;
     {
         CSomIf som("front");
         EXPECT_EQ(som.getMsgHead("C", "HRESULT CSomIf::ExecuteReboot()", 4294967295u),
                   "00000047cafefeedC/ExecuteReboot000000004294967295");
-        CMofContents mof;
-        mof.ClassName = "VELMORA_NicProvider";
-        EXPECT_EQ(som.getMsgHead(mof, "M", 0), som.getMsgHead("VELMORA_NicProvider", "M", 0));
-        const std::pair<const char*, const char*> names[] = {
-            {"ExecuteUpdate", "ExecuteUpdate"},
-            {"HRESULT CSomIf::AliveMonitorSetParameter(std::string, std::string)",
-             "AliveMonitorSetParameter"},
-            {"", ""},
-            {"Plain(", "Plain"}};
-        for (const auto& c : names)
-            EXPECT_EQ(som.getShortFuncName(c.first), c.second);
-        EXPECT_EQ(som.getBoolParam("Rollback", false), "bool;Rollback;0;");
     }
     const std::string head = "std::string CSomIf::getMsgHead(std::string, const char*, uint32_t)";
-    std::vector<std::string> texts = traces.Texts();
-    ASSERT_EQ(texts.size(), 10u);
-    texts.erase(texts.begin() + 4, texts.end() - 2);
-    EXPECT_EQ(texts,
+    EXPECT_EQ(traces.Texts(),
               (std::vector<std::string>{"[ENTER] CSomIf::CSomIf(std::string)",
                                         "[LEAVE] CSomIf::CSomIf(std::string)", "[ENTER] " + head,
                                         "[LEAVE] " + head, "[ENTER] virtual CSomIf::~CSomIf()",
                                         "[LEAVE] virtual CSomIf::~CSomIf()"}));
     for (const auto& line : traces.Lines())
         EXPECT_EQ(line.source + std::to_string(line.level), "front4");
+    CSomIf som("front");
+    CMofContents mof;
+    mof.ClassName = "VELMORA_NicProvider";
+    EXPECT_EQ(som.getMsgHead(mof, "M", 0), som.getMsgHead("VELMORA_NicProvider", "M", 0));
+    EXPECT_EQ(som.getShortFuncName("Plain("), "Plain");  // no "::" before the "("
+    EXPECT_EQ(som.getBoolParam("Rollback", false), "bool;Rollback;0;");
 }
 
 // A reply to class "C", method "M" (header length 35) with any result field.
@@ -102,7 +93,6 @@ TEST(ResultTest, ResultFieldReturnValueBodyPositionAndRebootKind) {
     EXPECT_EQ(som.getResult(35, nullptr), 0);
     // The item text inside the header's class name is not the body.
     EXPECT_EQ(som.GetReturnValue(FakeSomService::ReplyText("long;ReturnValue;4;", "M", 0, "")), 0);
-    EXPECT_EQ(som.GetReturnValue("00000099short"), 0);
     EXPECT_EQ(som.GetReturnValue("xxxxxxxxlong;ReturnValue;6;"), 6);  // no digits: offset 0
     const std::pair<std::string, unsigned> positions[] = {
         {Reply("00000000", "string;A;x;"), 35},
@@ -113,11 +103,8 @@ TEST(ResultTest, ResultFieldReturnValueBodyPositionAndRebootKind) {
     for (const auto& c : positions)
         EXPECT_EQ(som.getSpecificPos(c.first), c.second) << c.first;
     const std::pair<const char*, long> reboots[] = {
-        {"xlong;Reboot;2;", 2},
         {"long;Reboot;2;", 0},  // never at the very first character
         {"string;A;b;long;Reboot;1;", 1},
-        {"xlong;Reboot;;", 0},
-        {"xlong;Reboot;7", 7},
         {"xlong;Rebooted;3;", 0},
         {"", 0},
         {nullptr, 0}};
@@ -138,36 +125,24 @@ TEST_F(ExchangeTest, HeadersBeyondTheBufferAreNeverSentRepliesBeyondTheLimitAreC
     const std::string fits(989, 'c');
     EXPECT_EQ(som.TransMessage("M", fits, nullptr), 0);
     EXPECT_EQ(service.LastRequest().bytes, "00001023cafefeed" + fits + "/M0000000000000000");
-    const auto start = std::chrono::steady_clock::now();
-    for (const std::string& className : {fits + "c", std::string(5000, 'c')}) {
-        std::string body = "stale";
-        char buffer[8] = "stale";
-        EXPECT_EQ(som.TransMessage("M", className, body), kSendFailed);
-        EXPECT_EQ(som.TransMessage("M", className, body, buffer, sizeof buffer), kSendFailed);
-        EXPECT_EQ(body + buffer, "");
-        CVelmora_ToolProviderManageInfo tools;
-        EXPECT_EQ(som.GetProviderManageInfo(className, tools), 0x80081001u);
-        EXPECT_EQ(som.getMsgHead(className, "M", 0).size(), 1023u);  // cut, not overrun
-    }
-    EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 1);
-    EXPECT_EQ(service.LastRequest().bytes.size(), 1023u);  // nothing sent since
+    std::string body = "stale";
+    char buffer[8] = "stale";
+    EXPECT_EQ(som.TransMessage("M", fits + "c", body), kSendFailed);
+    EXPECT_EQ(som.TransMessage("M", fits + "c", body, buffer, sizeof buffer), kSendFailed);
+    EXPECT_EQ(body + buffer, "");
+    EXPECT_EQ(som.getMsgHead(std::string(5000, 'c'), "M", 0).size(), 1023u);  // cut, not overrun
+    EXPECT_EQ(service.LastRequest().bytes.size(), 1023u);                     // nothing sent since
     std::vector<std::string> errors;
     for (const auto& line : traces.Lines())
         errors.insert(errors.end(), line.level == 2 ? 1 : 0, line.text);
-    ASSERT_EQ(errors.size(), 8u);
-    EXPECT_EQ(errors[0],
-              "std::string CSomIf::getMsgHead(std::string, const char*, uint32_t) a header of "
-              "1024 bytes does not fit the 1024-byte buffer: not sent");
-    EXPECT_NE(errors[4].find(" a header of 5034 bytes does not fit"), std::string::npos);
-    service.Push(Action::Answer(std::string(5 * 1024 * 1024, 'x')));
-    service.Push(Action::Answer("long;ReturnValue;2;"));
-    std::string body;  // replies: cut at 4 MiB, the rest drained
+    const std::string head = "std::string CSomIf::getMsgHead(std::string, const char*, uint32_t)",
+                      tail = " bytes does not fit the 1024-byte buffer: not sent";
+    const std::string once = head + " a header of 1024" + tail;
+    EXPECT_EQ(errors, (std::vector<std::string>{once, once, head + " a header of 5034" + tail}));
+    service.Push(Action::Answer(std::string(5 * 1024 * 1024, 'x')));  // replies: cut at 4 MiB
     EXPECT_EQ(som.TransMessage("M", "C", body), 0);
     EXPECT_EQ(body.size(), 0x400000u - 1);
-    EXPECT_EQ(som.TransMessage("M", "C", body), 2);
-    EXPECT_EQ(body, FakeSomService::ReplyText("C", "M", 0, "long;ReturnValue;2;"));
-    char small[8];
-    EXPECT_EQ(som.TransMessage("M", "C", body, small, 0), kReceiveFailed);  // no room at all
+    EXPECT_EQ(som.TransMessage("M", "C", body, buffer, 0), kReceiveFailed);  // no room at all
 }
 
 TEST_F(ExchangeTest, FailedExchangesGiveTheirCodesLeaveNoTextAndLeakNothing) {
@@ -177,32 +152,26 @@ TEST_F(ExchangeTest, FailedExchangesGiveTheirCodesLeaveNoTextAndLeakNothing) {
     } cases[] = {
         {Action::Answer("long;ReturnValue;3;"),
          "00000035cafefeedC/M0000000000000019long;ReturnValue;3;"},
-        {Action::Raw(""), ""},                      // closes without answering
-        {Action::Raw("00000035cafefeedC/M0"), ""},  // half a header
+        {Action::Raw(""), ""},  // closes without answering
         {Action::Fault(Action::kNeverAnswer), ""},
-        {Action::Fault(Action::kCloseBeforeRequest), ""},
     };
     const int descriptors = qel_test::OpenDescriptorCount();  // no listener open yet
     CSomIf som("ex");
     for (int round = 0; round < 2; ++round) {
         FakeSomService service(root, /*timeoutSeconds=*/1);
         for (const auto& c : cases) {
-            const bool answered = c.text[0] != '\0';
             for (bool callerBuffer : {false, true}) {
                 service.Push(c.action);
                 std::string body = "stale text";
                 char buffer[64] = "stale";
                 const auto start = std::chrono::steady_clock::now();
-                int rc = callerBuffer ? som.TransMessage("M", "C", body, buffer, sizeof buffer)
-                                      : som.TransMessage("M", "C", body);
-                // A service that closes before reading may also fail the send.
-                if (rc == kSendFailed && c.action.kind == Action::kCloseBeforeRequest)
-                    rc = kReceiveFailed;
-                EXPECT_EQ(rc, answered ? 3 : kReceiveFailed);
+                const int rc = callerBuffer
+                                   ? som.TransMessage("M", "C", body, buffer, sizeof buffer)
+                                   : som.TransMessage("M", "C", body);
+                EXPECT_EQ(rc, c.text[0] != '\0' ? 3 : kReceiveFailed);
                 EXPECT_EQ(callerBuffer ? std::string(buffer) : body, c.text);
-                EXPECT_LT(
-                    std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(),
-                    2.5);
+                EXPECT_LT(std::chrono::steady_clock::now() - start,
+                          std::chrono::milliseconds(2500));
             }
         }
         service.Stop();
@@ -242,6 +211,17 @@ std::string Request(const std::string& className, const std::string& method,
     return FakeSomService::ReplyText(className, method, 0, body);
 }
 
+// A flat object's entries in order, "name=value;" each.
+std::string Entries(const IWbemClassObject& obj) {
+    std::string text;
+    for (const auto& entry : obj) {
+        nlohmann::ordered_json value;
+        qel::Scalar<long, std::string>(entry.second, value);
+        text += entry.first + "=" + value.dump() + ";";
+    }
+    return text;
+}
+
 // How an exit line prints the code: as an int, as an int widened to 64
 // unsigned bits, or the 64-bit value (the log readers' 32 one-bits are -1 there).
 enum Print { kInt, kWide, kLong };
@@ -268,14 +248,10 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
     const std::string relayArgs = "(std::string, IWbemClassObject*, IWbemClassObject**)";
     const std::string um = "VELMORA_UpdateManager", wd = "VELMORA_ToolServiceWD",
                       logs = "VELMORA_LogManager";
-    CVELMORA_UpdateSchedule update, read;
-    update.IsAutoSetting = true;
-    update.RepeatType = 1;
-    update.DayOfWeek = "a";
-    update.Time = "c";
+    const CVELMORA_UpdateSchedule update{true, 1, "a", "", "c"};
+    CVELMORA_UpdateSchedule read;
     CVELMORA_DownloadSetting setting;
     CVELMORA_DownloadSchedule schedule;
-    CVelmora_PriorityUpdateParam priority;
     LONG kind = 0;
     std::vector<CVELMORA_UpdatePlans> plans;
     std::vector<CVELMORA_QelVersionInfo> versions;
@@ -285,8 +261,9 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
     unsigned type = 0;
     CVelmora_DevProviderManageInfo devices;
     CVelmora_ToolProviderManageInfo tools;
-    IWbemClassObject in;
+    IWbemClassObject in, out, *outPtr = &out;  // the output of ExecMethod and TransUmMessage
     in.push("AppKey", std::string("k;1"));
+    char cls[] = "C", method[] = "M";
     const std::string inText = "string;AppKey;k%!@1;";
     const std::string download =
         "class;DownloadSetting;;int;DownloadType;0;string;WebSiteUrl;;string;ProxyAddress;;string;"
@@ -294,24 +271,17 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
         "CacheServerUser;;string;CacheServerPassword;;string;TempDriveLetter;;string;"
         "ExternalMediaPath;;";
     typedef HRESULT (CSomIf::*Wbem)(std::string, IWbemClassObject*, IWbemClassObject**);
-    auto wbem = [&](Wbem call) {
-        return [&, call] {
-            IWbemClassObject* out = nullptr;
-            HRESULT rc = (som.*call)("C", &in, &out);
-            EXPECT_EQ(out, nullptr);  // left as it was
-            return rc;
-        };
-    };
-    // A relayed method keeps of the reply only the result, as ReturnValue.
+    // A query leaves a null output alone when negative; a relayed method
+    // keeps of the reply only the result, as ReturnValue.
     long relayed = 0;
-    auto relay = [&](Wbem call) {
-        return [&, call] {
+    auto wbem = [&](Wbem call, bool relay) {
+        return [&, call, relay] {
             IWbemClassObject mine;
             mine.push("ReturnValue", 1L);
-            IWbemClassObject* out = &mine;
+            IWbemClassObject* out = relay ? &mine : nullptr;
             HRESULT rc = (som.*call)("C", &in, &out);
-            EXPECT_EQ(mine.size(), 1u);
-            EXPECT_EQ(*mine.GetAs<long>("ReturnValue"), relayed);
+            EXPECT_EQ(out, relay ? &mine : nullptr);
+            EXPECT_EQ(Entries(mine), "ReturnValue=" + std::to_string(relay ? relayed : 1) + ";");
             return rc;
         };
     };
@@ -320,7 +290,7 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
          Request("VELMORA_Nic", "SetUpdatePriority",
                  "class;Velmora_PriorityUpdateParam;;string;AppKey;;uint;UpdatePriority;0;string;"
                  "VendorName;;string;DeviceID;;string;ModuleKind;;"),
-         [&] { return som.SetUpdatePriority("VELMORA_Nic", priority); }},
+         [&] { return som.SetUpdatePriority("VELMORA_Nic", CVelmora_PriorityUpdateParam()); }},
         {"SetAutoDownloadSetting(const CVELMORA_DownloadSetting&, const "
          "CVELMORA_DownloadSchedule&)",
          kWide,
@@ -398,33 +368,20 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
          [&] { return som.GetProviderManageInfo("C", tools); }, " C", 0x80081101L},
         {"CheckUpdateModuleConformity" + relayArgs, kInt,
          Request("C", "CheckUpdateModuleConformity", inText),
-         wbem(&CSomIf::CheckUpdateModuleConformity), " C"},
+         wbem(&CSomIf::CheckUpdateModuleConformity, false), " C"},
         {"GetProviderManageInfo" + relayArgs, kInt, Request("C", "GetProviderManageInfo"),
-         wbem(&CSomIf::GetProviderManageInfo), " C"},
+         wbem(&CSomIf::GetProviderManageInfo, false), " C"},
         {"GetUpdatePlans" + relayArgs, kInt, Request("C", "GetUpdatePlans", inText),
-         wbem(&CSomIf::GetUpdatePlans), " C"},
+         wbem(&CSomIf::GetUpdatePlans, false), " C"},
         {"ExecMethod(OLECHAR*, OLECHAR*, long int, IWbemContext*, IWbemClassObject*, "
          "IWbemClassObject**, IWbemCallResult**)",
          kInt, Request("C", "M", inText),
-         [&] {
-             IWbemClassObject* out = nullptr;
-             HRESULT rc = som.ExecMethod(const_cast<char*>("C"), const_cast<char*>("M"), 0, nullptr,
-                                         &in, &out, nullptr);
-             delete out;
-             return rc;
-         },
-         "", 0},
+         [&] { return som.ExecMethod(cls, method, 0, nullptr, &in, &outPtr, nullptr); }, "", 0},
         {"int CSomIf::TransUmMessage(std::string, std::string, IWbemClassObject*, "
          "IWbemClassObject**)",
-         kInt, Request("C", "M"),
-         [&] {
-             IWbemClassObject out;
-             IWbemClassObject* outPtr = &out;
-             return som.TransUmMessage("C", "M", nullptr, &outPtr);
-         },
+         kInt, Request("C", "M"), [&] { return som.TransUmMessage("C", "M", nullptr, &outPtr); },
          " C M"},
     };
-    // The relayed methods: wire name, and whether the entry line names the class.
     // The relayed methods; GetOperationAuthority asks for GetOperatingAuthority,
     // and ExecuteUpdate's entry line alone does not name the class.
     const std::pair<std::string, Wbem> relays[] = {
@@ -442,7 +399,7 @@ TEST_F(OperationsTest, EveryOperationSendsItsExactRequestAndTracesItsResult) {
         const std::string wire =
             r.first == "GetOperationAuthority" ? "GetOperatingAuthority" : r.first;
         operations.push_back({r.first + relayArgs, kInt, Request("C", wire, inText),
-                              relay(r.second), r.first == "ExecuteUpdate" ? "" : " C"});
+                              wbem(r.second, true), r.first == "ExecuteUpdate" ? "" : " C"});
     }
     // Answered with kServiceError; then failed: closed unanswered, and the service gone.
     for (int pass = 0; pass < 3; ++pass) {
@@ -470,10 +427,7 @@ TEST_F(OperationsTest, ReadersDecodeOnlyWhenNotNegative) {
     const std::string download =
         "class;DownloadSchedule;;bool;IsAutoSetting;true;int;RepeatType;2;string;DayOfWeek;Sun;"
         "string;Date;;string;Time;04:00;class;DownloadSetting;;int;DownloadType;1;";
-    const std::string plan =
-        "string;ProviderName;nic;string;VendorName;V;string;UniqueName;U;string;DeviceId;D;string;"
-        "ModuleKind;FW;int;UpdatePriority;2;string;CurrentVendorVersion;1;string;NextVendorVersion;"
-        "2;string;DisplayName;N;int;UpdateJudgment;0;string;DependencyName;;";
+    const std::string plan = "string;ProviderName;nic;string;VendorName;V;";
     for (uint32_t result : {0u, 3u, kServiceError}) {
         const bool decoded = result != kServiceError;
         std::vector<std::string> lines(result == 0 ? 0 : 1, "old");  // log lines: zero result only
@@ -502,22 +456,15 @@ TEST_F(OperationsTest, ReadersDecodeOnlyWhenNotNegative) {
         answer("long;Reboot;1;")->UpdateAll(kind);
         answer("string;Other;x;")->RollbackAll(after);  // no "Reboot" item
         EXPECT_EQ(std::to_string(kind) + std::to_string(after), decoded ? "10" : "4242");
-        const std::pair<const char*, const char*> alive[] = {
-            {"string;Value;abc;int;Type;2;", "abc2"},
-            {"int;Type;5;string;Value;abc;", "old5"},      // "Value" not first: kept
-            {"string;Value;abc;string;Other;2;", "abc0"},  // another name where "Type" stands
-            {"string;Value;abc;", "abc9"}};                // nothing to read: kept
-        for (const auto& c : alive) {
-            std::string value = "old";
-            unsigned type = 9;
-            answer(c.first)->AliveMonitorGetParameter("Interval", value, type);
-            EXPECT_EQ(value + std::to_string(type), decoded ? c.second : "old9") << c.first;
-        }
+        std::string value = "old";  // Type read after Value
+        unsigned type = 9;
+        answer("string;Value;abc;int;Type;2;")->AliveMonitorGetParameter("Interval", value, type);
+        EXPECT_EQ(value + std::to_string(type), decoded ? "abc2" : "old9");
     }
     // A reply of plans beyond the 8 KiB buffer is cut; the records that fit are read.
     std::string many = "class[];UpdatePlansList;;";
     while (many.size() < 9000)
-        many += "string;ProviderName;nic;string;VendorName;V;";
+        many += plan;
     service.Push(Action::Answer(many));
     std::vector<CVELMORA_UpdatePlans> cut;
     EXPECT_EQ(som.GetUpdatePlans("C", cut), 0);
@@ -529,8 +476,6 @@ TEST_F(OperationsTest, ReadersDecodeOnlyWhenNotNegative) {
                                 kServiceError));
     som.GetAutoUpdateSetting(update);
     EXPECT_EQ(update.RepeatType, 4);
-    service.Push(Action::Answer("long;ReturnValue;6;"));  // a zero result: ReturnValue
-    EXPECT_EQ(som.SetAutoUpdateSetting(update), 6);
     service.Stop();
     update.DayOfWeek = "kept";
     som.GetAutoUpdateSetting(update);
@@ -539,146 +484,121 @@ TEST_F(OperationsTest, ReadersDecodeOnlyWhenNotNegative) {
 }
 
 TEST_F(OperationsTest, ExecMethodKeepsTheReplyAndFailsWithoutLosingOwnership) {
-    auto exec = [&](const char* cls, const char* method, IWbemClassObject** out) {
-        return som.ExecMethod(const_cast<char*>(cls), const_cast<char*>(method), 0, nullptr,
-                              nullptr, out, nullptr);
+    char cls[] = "C", method[] = "M";
+    const struct {
+        Action action;
+        HRESULT rc;
+        const char* entries;  // the output object's, in order
+    } cases[] = {
+        // The result as ReturnValue, the body's items (its own ReturnValue too) on top.
+        {Action::Answer("long;ReturnValue;3;string;Message;done;"), 0,
+         R"(ReturnValue=3;ReturnValue=3;Message="done";)"},
+        {Action::Answer("long;ReturnValue;9;", 0x80040001u), 0,
+         "ReturnValue=-2147221503;ReturnValue=9;"},
+        // The transport family is returned, with no ReturnValue.
+        {Action::Answer("string;A;x;", 0x80080005u), 0x80080005L, R"(A="x";)"},
+        {Action::Raw(""), 0x80081101L, ""},
     };
-    service.Push(Action::Answer("long;ReturnValue;3;string;Message;done;"));
-    service.Push(Action::Answer("long;ReturnValue;9;", 0x80040001u));
-    service.Push(Action::Answer("string;A;x;", 0x80080005u));  // the transport family: returned
-    IWbemClassObject* out = nullptr;
-    EXPECT_EQ(exec("C", "M", &out), 0);
-    std::unique_ptr<IWbemClassObject> owned(out);
-    EXPECT_EQ(*out->GetAs<long>("ReturnValue"), 3);
-    EXPECT_EQ(*out->GetAs<std::string>("Message"), "done");
-    // A service code sets ReturnValue, and the body's own item is appended on top of it.
-    out = nullptr;
-    EXPECT_EQ(exec("C", "M", &out), 0);
-    owned.reset(out);
-    EXPECT_EQ(out->size(), 2u);
-    EXPECT_EQ(*out->GetAs<long>("ReturnValue"), 9);
-    EXPECT_EQ(boost::any_cast<long>(out->begin()->second), static_cast<int>(0x80040001u));
-    out = nullptr;
-    EXPECT_EQ(exec("C", "M", &out), 0x80080005L);
-    owned.reset(out);
-    EXPECT_EQ(out->size(), 1u);  // the body, no ReturnValue
+    for (const auto& c : cases) {
+        service.Push(c.action);
+        IWbemClassObject* out = nullptr;
+        EXPECT_EQ(som.ExecMethod(cls, method, 0, nullptr, nullptr, &out, nullptr), c.rc);
+        std::unique_ptr<IWbemClassObject> owned(out);  // created before the exchange
+        EXPECT_EQ(Entries(*out), c.entries);
+    }
     qel_test::TraceRecorder traces;
-    out = nullptr;
-    EXPECT_EQ(exec(nullptr, "M", &out), -1);
-    EXPECT_EQ(exec("C", nullptr, &out), -1);
+    IWbemClassObject* out = nullptr;
+    EXPECT_EQ(som.ExecMethod(nullptr, method, 0, nullptr, nullptr, &out, nullptr), -1);
+    EXPECT_EQ(som.ExecMethod(cls, nullptr, 0, nullptr, nullptr, &out, nullptr), -1);
     EXPECT_EQ(out, nullptr);
     EXPECT_EQ(traces.Texts().size(), 2u);  // entry lines only
     service.Stop();
-    EXPECT_EQ(exec("C", "M", &out), 0x80081001L);
-    owned.reset(out);  // created before the exchange
-    EXPECT_TRUE(out->empty());
-    out = nullptr;
     EXPECT_EQ(som.ExecuteUpdateBackup("C", nullptr, &out), 0x80081001L);
-    owned.reset(out);
-    EXPECT_TRUE(out->empty());  // no ReturnValue for the transport family
+    std::unique_ptr<IWbemClassObject> owned(out);
+    EXPECT_EQ(Entries(*out), "");  // created, and no ReturnValue for the transport family
 }
 
-TEST_F(OperationsTest, TypedProviderQueriesReadNameAndMapResults) {
-    root.WriteFile("/usr/share/hwdata/pci.ids",
-                   "8086  Intel Corporation\n\t10fb  82599ES 10-Gigabit SFI/SFP+ Network "
-                   "Connection\n14e4  Broadcom Inc. and subsidiaries\n\t1657  NetXtreme "
-                   "BCM5719 Gigabit Ethernet PCIe\n");
+TEST_F(OperationsTest, ProviderQueriesNameTheDevicesAndReadRepliesWhateverTheirResult) {
+    root.WriteFile("/usr/share/hwdata/pci.ids", "8086  Intel Corporation\n\t10fb  82599ES\n");
+    const struct {
+        Action action;
+        HRESULT rc;
+        std::size_t devices;
+    } cases[] = {
+        {Action::Raw(""), 0x80081101L, 0},  // nothing read: the name kept
+        {Action::Answer(DeviceReply(), kServiceError), 0x80081101L, 3},  // negative: read
+        {Action::Answer(DeviceReply(), 4), 4, 3},
+        {Action::Answer(DeviceReply()), 0, 3},
+    };
+    TraceRecorder traces;
     CVelmora_DevProviderManageInfo info;
-    info.DeviceInfo.resize(5);  // from an earlier query: replaced
-    service.Push(Action::Answer(DeviceReply()));
-    {
-        qel_test::TraceRecorder traces;
-        EXPECT_EQ(som.GetProviderManageInfo("VELMORA_NicProvider", info), 0);
-        EXPECT_EQ(traces.UnpairedSteps(), std::vector<std::string>());
+    for (const auto& c : cases) {
+        info.DeviceInfo.resize(5);  // from an earlier query: replaced
+        info.ProviderName = "kept";
+        service.Push(c.action);
+        EXPECT_EQ(som.GetProviderManageInfo("VELMORA_NicProvider", info), c.rc);
+        EXPECT_EQ(info.DeviceInfo.size(), c.devices);
+        EXPECT_EQ(info.ProviderName == "kept", c.devices == 0);
     }
-    ASSERT_EQ(info.DeviceInfo.size(), 3u);
-    EXPECT_EQ(info.DeviceInfo[0].DeviceName, "82599ES 10-Gigabit SFI/SFP+ Network Connection");
-    EXPECT_EQ(info.DeviceInfo[1].DeviceVendorName, "Broadcom Inc. and subsidiaries");
-    EXPECT_EQ(info.DeviceInfo[2].DeviceName, "");              // vendor not in this database
-    service.Push(Action::Answer(DeviceReply(), 0x80001234u));  // negative: read, 0x80081101
-    EXPECT_EQ(som.GetProviderManageInfo("C", info), 0x80081101L);
-    EXPECT_EQ(info.DeviceInfo.size(), 3u);
-    service.Push(Action::Answer(DeviceReply(), 0x00000004u));
-    EXPECT_EQ(som.GetProviderManageInfo("C", info), 4);
-    service.Push(Action::Raw(""));
-    info.ProviderName = "kept";
-    EXPECT_EQ(som.GetProviderManageInfo("C", info), 0x80081101L);
-    EXPECT_TRUE(info.DeviceInfo.empty());
+    EXPECT_EQ(info.DeviceInfo[0].DeviceVendorName + " | " + info.DeviceInfo[0].DeviceName,
+              "Intel Corporation | 82599ES");
+    EXPECT_EQ(info.DeviceInfo[1].DeviceVendorName + info.DeviceInfo[1].DeviceName, "");
+    // The receive of a request the caller sent.
     std::string tools;
     qel::pm::WritePlainText(qel_test::SampleToolProvider(), tools);
     service.Push(Action::Answer(tools));
-    CVelmora_ToolProviderManageInfo tool;
-    EXPECT_EQ(som.GetProviderManageInfo("VELMORA_ToolProvider", tool), 0);
-    EXPECT_EQ(tool.ToolInfo.size(), 2u);
-    tool.ToolInfo.clear();  // the receive of a request the caller sent
-    service.Push(Action::Answer(tools));
     const std::string head = som.getMsgHead("C", "GetProviderManageInfo", 0);
     EXPECT_EQ(som.SendMessage(head), 55);
+    CVelmora_ToolProviderManageInfo tool;
     EXPECT_EQ(som.RecvProviderManageInfo(head.size(), tool), 0);
     EXPECT_EQ(tool.ToolInfo.size(), 2u);
-
-    qel_test::TraceRecorder traces;
     EXPECT_EQ(som.RecvProviderManageInfo(60, tool), -1);  // nothing sent, nothing received
-    service.Stop();
-    info.DeviceInfo.resize(2);
-    EXPECT_EQ(som.GetProviderManageInfo("C", info), 0x80081001L);
-    EXPECT_TRUE(info.DeviceInfo.empty());
-    EXPECT_EQ(info.ProviderName, "kept");
-    EXPECT_EQ(traces.Texts()[1],
+    EXPECT_EQ(traces.Texts().back(),
               "[LEAVE] int CSomIf::RecvProviderManageInfo(size_t, "
               "CVelmora_ToolProviderManageInfo&), rc=-1");
+    EXPECT_EQ(traces.UnpairedSteps(), std::vector<std::string>());
 }
 
-TEST_F(OperationsTest, WbemQueriesDecodeOnlyWhenNotNegative) {
-    IWbemClassObject in;
-    in.push("AppKey", std::string("k"));
-    service.Push(
-        Action::Answer("class[];UpdatePlansList;;string;ProviderName;P;string;DependencyName;D;"));
+TEST_F(OperationsTest, WbemQueriesDecodeWhenTheResultIsNotNegative) {
+    service.Push(Action::Answer("class[];UpdatePlansList;;string;ProviderName;P;"));
     IWbemClassObject* out = nullptr;
-    EXPECT_EQ(som.GetUpdatePlans("VELMORA_UpdateManager", &in, &out), 0);
+    EXPECT_EQ(som.GetUpdatePlans("VELMORA_UpdateManager", nullptr, &out), 0);
     std::unique_ptr<IWbemClassObject> owned(out);
-    EXPECT_EQ((*out->GetAs<Objects*>("UpdatePlansList"))->size(), 1u);
-    EXPECT_EQ(out->Get("ReturnValue"), nullptr);
-    service.Push(Action::Answer(
-        "string;UpdateModuleConformityList;;string;ProviderName;P;string;VendorName;V;string;"
-        "UpdateModuleKind;K;class;ModuleInfo;;class;DepoInfo;;class[];ShareInfo;;string;"
-        "ProviderName;R;string;UpperVendorVersion;1;class[];SimuInfo;;string;ProviderName;S;",
-        0x00000003u));
-    IWbemClassObject mine;
-    IWbemClassObject* minePtr = &mine;
-    qel_test::TraceRecorder traces;
+    EXPECT_EQ(qel::TreeText(*out), R"({"UpdatePlansList":[{"ProviderName":"P"}]})");
+    service.Push(
+        Action::Answer("string;UpdateModuleConformityList;;string;ProviderName;P;string;"
+                       "VendorName;V;string;UpdateModuleKind;K;class;ModuleInfo;;",
+                       3));
+    IWbemClassObject mine, *minePtr = &mine;
     EXPECT_EQ(som.CheckUpdateModuleConformity("C", nullptr, &minePtr), 3);  // positive: decoded
-    EXPECT_EQ(mine.GetAs<Objects>("UpdateModuleConformityList")->size(), 1u);
-    EXPECT_EQ(traces.UnpairedSteps(), std::vector<std::string>());
+    EXPECT_NE(mine.Get("UpdateModuleConformityList"), nullptr);
     service.Push(Action::Answer(DeviceReply()));
     IWbemClassObject* tree = nullptr;
-    EXPECT_EQ(som.GetProviderManageInfo("VELMORA_NicProvider", &in, &tree), 0);
-    std::unique_ptr<IWbemClassObject> ownedTree(tree);
+    EXPECT_EQ(som.GetProviderManageInfo("VELMORA_NicProvider", nullptr, &tree), 0);
+    owned.reset(tree);
     IWbemClassObject* provider = *tree->GetAs<IWbemClassObject*>("DevProviderManageInfo");
     EXPECT_EQ((*provider->GetAs<Objects*>("DeviceInfo"))->size(), 3u);
 }
 
 TEST_F(OperationsTest, ProcessStatusFile) {
     const std::string file = "/opt/velmora/qel/ProcessStatus.ini";
-    const std::tuple<const char*, LONG, const char*> cases[] = {
-        // file (null: none), status, shown
-        {"[icon]\nstatus=download\ntype=rollback\n", 0x8003, "download"},
-        {"[icon]\nstatus=update\ntype=update\n", 0x8001, "update"},
-        {"[icon]\nstatus=updated-now\ntype=rollback\n", 0x8002, "rollback"},
-        {"[icon]\nstatus=idle\n", 0, "idle"},
-        {"[other]\nstatus=download\n", 0, ""},
-        {"not an ini file at all \x01\x02", 0, ""},
-        {nullptr, 0, ""}};
+    const std::tuple<const char*, std::string, const char*> cases[] = {
+        // file (null: none), status as traced, value shown
+        {"[icon]\nstatus=download\ntype=rollback\n", "8003", "download"},
+        {"[icon]\nstatus=update\ntype=update\n", "8001", "update"},
+        {"[icon]\nstatus=updated-now\ntype=rollback\n", "8002", "rollback"},
+        {"[icon]\nstatus=idle\n", "0", "idle"},
+        {"not an ini file at all \x01\x02", "0", ""},
+        {nullptr, "0", ""}};
     for (const auto& c : cases) {
         std::get<0>(c) ? root.WriteFile(file, std::get<0>(c)) : root.RemoveFile(file);
         qel_test::TraceRecorder traces;
         LONG status = 77;
         EXPECT_EQ(som.GetQELStatus(status), 0);
-        EXPECT_EQ(status, std::get<1>(c));
-        char line[160];
-        std::snprintf(line, sizeof line, "%s ### status=%s, result=0x%x",
-                      "HRESULT CSomIf::GetQELStatus(LONG&)", std::get<2>(c),
-                      static_cast<unsigned>(std::get<1>(c)));
+        EXPECT_EQ(status, std::stol(std::get<1>(c), nullptr, 16));
+        const std::string line =
+            "HRESULT CSomIf::GetQELStatus(LONG&) ### status=" + std::string(std::get<2>(c)) +
+            ", result=0x" + std::get<1>(c);
         qel_test::TraceLine found{"", 0, ""};
         EXPECT_TRUE(traces.Find(line, &found) && found.level == 1) << line;
     }
