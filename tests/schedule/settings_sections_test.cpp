@@ -1,8 +1,9 @@
-// Settings sections: writers with distinct values, positional readers, round
-// trips, and the trace lines under the codec's name.
+// Settings sections: writers with distinct values, positional readers and round
+// trips; and the trace lines of the schedule and version-log codecs' steps.
 #include <gtest/gtest.h>
 
 #include "CUpDownSchedule.h"
+#include "CVersionUpLog.h"
 #include "common/record_json.h"
 #include "support/text_buffer.h"
 #include "support/trace_recorder.h"
@@ -31,19 +32,15 @@ TEST(SettingsSectionsTest, WritersAppendAndEscapeReadersArePositional) {
         R"({"DownloadType":-1,"WebSiteUrl":"w","ProxyAddress":"a","ProxyPort":"80",)"
         R"("ProxyUser":"u","ProxyPassword":"p;q","CacheServerPath":"c","CacheServerUser":"v",)"
         R"("CacheServerPassword":"c%!@;","TempDriveLetter":"T","ExternalMediaPath":"/m"})");
-    const std::string settingText =
-        "class;DownloadSetting;;int;DownloadType;-1;string;WebSiteUrl;w;string;ProxyAddress;a;"
-        "string;ProxyPort;80;string;ProxyUser;u;string;ProxyPassword;p%!@q;string;CacheServerPath;"
-        "c;string;CacheServerUser;v;string;CacheServerPassword;c%!@%!@;string;TempDriveLetter;T;"
-        "string;ExternalMediaPath;/m;";
-    std::string both, alone;
+    std::string both;
     codec.toString(setting, schedule, both);
-    codec.toString(setting, alone);
-    EXPECT_EQ(alone, settingText);
     EXPECT_EQ(both,
               "class;DownloadSchedule;;bool;IsAutoSetting;true;int;RepeatType;3;string;DayOfWeek;"
-              "Mon;string;Date;1;string;Time;03:00;" +
-                  settingText);
+              "Mon;string;Date;1;string;Time;03:00;class;DownloadSetting;;int;DownloadType;-1;"
+              "string;WebSiteUrl;w;string;ProxyAddress;a;string;ProxyPort;80;string;ProxyUser;u;"
+              "string;ProxyPassword;p%!@q;string;CacheServerPath;c;string;CacheServerUser;v;"
+              "string;CacheServerPassword;c%!@%!@;string;TempDriveLetter;T;"
+              "string;ExternalMediaPath;/m;");
     TextBuffer buffer(both);
     CVELMORA_DownloadSchedule s;
     CVELMORA_DownloadSetting d;
@@ -89,27 +86,48 @@ TEST(SettingsSectionsTest, WritersAppendAndEscapeReadersArePositional) {
               "kFW4294967295");  // the 32-bit pattern of -1
 }
 
-TEST(SettingsSectionsTest, TracesUnderTheCodecsName) {
+// Every call's trace lines, in order: a step enters and leaves under its
+// codec's name; one written with its "[ENTER] " or "[LEAVE] " is that line
+// alone (a step that gives up early never leaves), and one that starts "som "
+// is a message line as it is.
+TEST(CodecTracesTest, EveryStepEntersAndLeavesUnderItsCodecsName) {
     qel_test::TraceRecorder traces;
     {
         CUpDownSchedule named("caller");
+        CVersionUpLog lists("caller");
         std::string out;
-        TextBuffer empty("");
-        CVelmora_PriorityUpdateParam p;
-        CVELMORA_UpdateSchedule u;
-        CVELMORA_DownloadSetting d;
-        CVELMORA_DownloadSchedule s;
-        named.toString(p, out);
-        named.toString(u, out);
-        named.toString(d, out);
-        named.toString(d, s, out);
-        named.toObject(empty.get(), p);
-        named.toObject(empty.get(), u);
-        named.toObject(empty.get(), s, d);
+        TextBuffer empty(""), noKey("class[];UpdateModuleRegistInfo;;"),
+            regist("string;AppKey;K;class[];UpdateModuleRegistInfo;;"),
+            unsupported("class;S;;string[];ExtendedInfo;a!#b;"),
+            unknown("class[];ShareInfo;;class[];OtherInfo;;");
+        IWbemClassObject obj;
+        auto read = [](auto& codec, char* text, auto... records) {
+            codec.toObject(text, records...);
+        };
+        named.toString(CVelmora_PriorityUpdateParam(), out);
+        named.toString(CVELMORA_UpdateSchedule(), out);
+        named.toString(CVELMORA_DownloadSetting(), out);
+        named.toString(CVELMORA_DownloadSetting(), CVELMORA_DownloadSchedule(), out);
+        read(named, empty.get(), CVelmora_PriorityUpdateParam());
+        read(named, empty.get(), CVELMORA_UpdateSchedule());
+        read(named, empty.get(), CVELMORA_DownloadSchedule(), CVELMORA_DownloadSetting());
+        named.String2RegisterUpdateModule(noKey.get(), obj);
+        named.String2RegisterUpdateModule(regist.get(), obj);
+        named.String2IWbem(unsupported.get(), obj);
+        named.String2IWbem(nullptr, obj);
+        named.SetUpdateDepoInfo(unknown.get(), &obj);  // drops the depot: never leaves
+        read(lists, empty.get(), std::vector<CVELMORA_QelVersionInfo>());
+        read(lists, empty.get(), std::vector<CVELMORA_UpdatePlans>());
+        read(lists, nullptr, std::vector<CVELMORA_VersionUpdateLog>());  // traced all the same
     }
-    const std::string to = "void CUpDownSchedule::to", setting = "const CVELMORA_DownloadSetting&";
+    const std::string to = "void CUpDownSchedule::to", setting = "const CVELMORA_DownloadSetting&",
+                      wbem = "(char*, IWbemClassObject&)", set = "char* CUpDownSchedule::SetUpdate",
+                      sections = "virtual void CUpDownSchedule::String2IWbem" + wbem,
+                      objects =
+                          "std::vector<IWbemClassObject*, std::allocator<IWbemClassObject*> >",
+                      list = "void CVersionUpLog::toObject(char*, std::vector<CVELMORA_";
     std::vector<std::string> expected, got;
-    for (std::string signature :
+    for (std::string step :
          {std::string("CUpDownSchedule::CUpDownSchedule(std::string)"),
           to + "String(const CVelmora_PriorityUpdateParam&, std::string&)",
           to + "String(const CVELMORA_UpdateSchedule&, std::string&)",
@@ -118,9 +136,25 @@ TEST(SettingsSectionsTest, TracesUnderTheCodecsName) {
           to + "Object(char*, CVelmora_PriorityUpdateParam&)",
           to + "Object(char*, CVELMORA_UpdateSchedule&)",
           to + "Object(char*, CVELMORA_DownloadSchedule&, CVELMORA_DownloadSetting&)",
-          std::string("virtual CUpDownSchedule::~CUpDownSchedule()")})
-        for (const char* edge : {"caller [ENTER] ", "caller [LEAVE] "})
-            expected.push_back(edge + signature);
+          "[ENTER] void CUpDownSchedule::String2RegisterUpdateModule" + wbem,
+          "void CUpDownSchedule::String2RegisterUpdateModule" + wbem,
+          "[ENTER] " + sections,
+          "som " + sections + " unsupported type : ExtendedInfo",
+          "[LEAVE] " + sections,
+          "[ENTER] " + sections,
+          "som " + sections + " parameter is NULL",
+          "[ENTER] " + set + "DepoInfo(char*, IWbemClassObject*)",
+          set + "ShareInfo(char*, " + objects + "*)",
+          list + "QelVersionInfo, std::allocator<CVELMORA_QelVersionInfo> >&)",
+          list + "UpdatePlans, std::allocator<CVELMORA_UpdatePlans> >&)",
+          list + "VersionUpdateLog, std::allocator<CVELMORA_VersionUpdateLog> >&)",
+          std::string("virtual CUpDownSchedule::~CUpDownSchedule()")}) {
+        if (step[0] == '[' || step.compare(0, 4, "som ") == 0)
+            expected.push_back(step[0] == '[' ? "caller " + step : step);
+        else
+            for (const char* edge : {"caller [ENTER] ", "caller [LEAVE] "})
+                expected.push_back(edge + step);
+    }
     for (const qel_test::TraceLine& line : traces.Lines())
         got.push_back(line.source + " " + line.text);
     EXPECT_EQ(got, expected);
