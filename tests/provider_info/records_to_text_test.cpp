@@ -39,8 +39,6 @@ TEST(RecordsToTextTest, ProvidersRepositoriesAndDependenciesAreWrittenByteExact)
         R"({"ProviderName":"T","ProviderVendorName":"W","ProviderVersion":"2"})");
     tools["ToolInfo"] = nlohmann::json::array({tool, tool});
     tools["ToolInfo"][1].update({{"UniqueName", "t;1"}, {"ExtendedInfo", {"mode=service"}}});
-    EXPECT_EQ(Text<CVelmora_DevProviderManageInfo>(nlohmann::json::object()),
-              "string;ProviderName;;string;ProviderVendorName;;string;ProviderVersion;;");
     nlohmann::json devices = nlohmann::json::parse(
         R"({"ProviderName":"P","ProviderVendorName":"V","ProviderVersion":"1.0"})");
     devices["DeviceInfo"] = nlohmann::json::array({device});
@@ -63,8 +61,9 @@ TEST(RecordsToTextTest, ProvidersRepositoriesAndDependenciesAreWrittenByteExact)
     // Repository and dependency items, appended.
     nlohmann::json entry = nlohmann::json::parse(
         R"({"ApplyKind":"Online","DisplayName":"x;y","Priority":-4,"Recovery":true,)"
-        R"("ModuleFileName":["m.bin"]})");
-    entry["DependencyInfoOther"] = {qel_test::SampleDependency("d")};
+        R"("ModuleFileName":["m.bin"],"DependencyInfoOther":[{"ProviderName":"DP","VendorName":)"
+        R"("DV","UniqueName":"DU","ModuleKind":"DK","ModuleName":"never written",)"
+        R"("VendorVersion":"1","UpperVendorVersion":"2"}]})");
     std::string text = "keep;";
     CProviderManageInfo("w").getRepositoryInfo(entry.get<CVelmora_ManageRepositoryInfo>(), 3, text);
     EXPECT_EQ(text,
@@ -78,10 +77,10 @@ TEST(RecordsToTextTest, ProvidersRepositoriesAndDependenciesAreWrittenByteExact)
               "ManualFileName;;#string[];RepositoryInfo[3]/ReleasenotesFileName;;#"
               "CVelmora_DependencyInfo[];RepositoryInfo[3]/DependencyInfoSelf;;"
               "CVelmora_DependencyInfo[];RepositoryInfo[3]/DependencyInfoOther;;"
-              "string;DependencyInfoOther[0]/ProviderName;dep-provider-d;string;"
-              "DependencyInfoOther[0]/VendorName;Velmora;string;DependencyInfoOther[0]/UniqueName;"
-              "dep-d;string;DependencyInfoOther[0]/ModuleKind;Driver;string;DependencyInfoOther[0]/"
-              "VendorVersion;1.0;string;DependencyInfoOther[0]/UpperVendorVersion;2.0;");
+              "string;DependencyInfoOther[0]/ProviderName;DP;string;DependencyInfoOther[0]/"
+              "VendorName;DV;string;DependencyInfoOther[0]/UniqueName;DU;string;"
+              "DependencyInfoOther[0]/ModuleKind;DK;string;DependencyInfoOther[0]/VendorVersion;1;"
+              "string;DependencyInfoOther[0]/UpperVendorVersion;2;");
 }
 
 }  // namespace

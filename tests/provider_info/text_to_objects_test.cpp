@@ -4,19 +4,11 @@
 #include "CProviderManageInfo.h"
 #include "framework/live_blocks.h"
 #include "common/object_json.h"
-#include "provider_info/plain_text.h"
 #include "support/sample_providers.h"
 #include "support/text_buffer.h"
 #include "support/trace_recorder.h"
 
 namespace {
-
-template <class Info>
-std::string Plain(const Info& info) {
-    std::string text;
-    qel::pm::WritePlainText(info, text);
-    return text;
-}
 
 // The tree read from `text`, which frees everything it holds (checked
 // unless a trace recorder keeps blocks); `arrays` as ObjectJson takes them.
@@ -33,30 +25,23 @@ nlohmann::ordered_json Tree(const std::string& text, bool countBlocks = true,
     return tree;
 }
 
-// The record that the tree read from `info`'s reply holds, as JSON.
-template <class Info>
-nlohmann::json TreeRecord(const Info& info) {
-    const nlohmann::ordered_json tree =
-        Tree(Plain(info), true,
-             {"ExtendedInfo", "ModuleFileName", "ManualFileName", "ReleasenotesFileName"});
-    EXPECT_EQ(tree.size(), 1u);
-    return nlohmann::json(nlohmann::json::parse(tree.begin()->dump()).get<Info>());
-}
-
+// The tree of a realistic reply holds its records whole (the field lists are
+// the record reader's too, so the tool provider's are checked there). Unlike
+// the record reader, the tree reader takes dependency fields in any order
+// until another name comes; "ModuleKind" and "ModuleName" are dependency
+// fields, so a module right after a non-empty last dependency list is read
+// into that dependency, and the device search, going on from there, makes a
+// device of a later dependency's and entry's fields: here in the last device.
 TEST(TextToObjectsTest, RealisticRepliesGiveTheWholeTree) {
     CVelmora_DevProviderManageInfo devices = qel_test::SampleDevProvider();
-    EXPECT_EQ(TreeRecord(devices), nlohmann::json(devices));  // device names never travel
-    CVelmora_ToolProviderManageInfo tools = qel_test::SampleToolProvider();
-    EXPECT_EQ(TreeRecord(tools), nlohmann::json(tools));
-    // Unlike the record reader, the tree reader takes dependency fields in
-    // any order until another name comes; "ModuleKind" and "ModuleName" are
-    // dependency fields, so a module right after a non-empty last dependency
-    // list is read into that dependency, and the device search, going on from
-    // there, makes a device of a later dependency's and entry's fields.
-    devices.DeviceInfo.resize(1);
-    std::vector<CVelmora_ManageModuleInfo>& modules = devices.DeviceInfo[0].ModuleInfo;
-    modules[0].RepositoryInfo.back().DependencyInfoOther = {qel_test::SampleDependency("x")};
-    const nlohmann::json got = TreeRecord(devices);
+    std::vector<CVelmora_ManageModuleInfo>& modules = devices.DeviceInfo.back().ModuleInfo;
+    modules[0].RepositoryInfo.back().DependencyInfoOther =
+        modules[0].RepositoryInfo[0].DependencyInfoOther;
+    const nlohmann::ordered_json tree =
+        Tree(qel_test::PlainText(devices), true,
+             {"ExtendedInfo", "ModuleFileName", "ManualFileName", "ReleasenotesFileName"});
+    const auto got = nlohmann::json::parse(tree.at("DevProviderManageInfo").dump())
+                         .get<CVelmora_DevProviderManageInfo>();
     CVelmora_DependencyInfo& dep = modules[0].RepositoryInfo.back().DependencyInfoOther[0];
     dep.ModuleKind = modules[1].ModuleKind;
     dep.ModuleName = modules[1].ModuleName;
@@ -66,7 +51,7 @@ TEST(TextToObjectsTest, RealisticRepliesGiveTheWholeTree) {
     stray.HardwareVersion = modules[1].RepositoryInfo[0].HardwareVersion;
     modules.resize(1);  // before the push, which moves `modules`
     devices.DeviceInfo.push_back(stray);
-    EXPECT_EQ(got, nlohmann::json(devices));
+    EXPECT_EQ(nlohmann::json(got), nlohmann::json(devices));  // device names never travel
 }
 
 TEST(TextToObjectsTest, ProviderHeaderSearchesAndListEnds) {
@@ -81,9 +66,12 @@ TEST(TextToObjectsTest, ProviderHeaderSearchesAndListEnds) {
         {"class;ToolProviderManageInfo;;class;DevProviderManageInfo;;",
          R"({"DevProviderManageInfo":{"ProviderName":"","ProviderVendorName":"",)"
          R"("ProviderVersion":"","DeviceInfo":[]}})"},
-        {"class;ToolProviderManageInfo;;string;ProviderName;T;",
+        // A tool provider's tools are searched for like devices.
+        {"class;ToolProviderManageInfo;;string;ProviderName;T;class[];ToolInfo;;"
+         "string;VendorName;W;string[];ExtendedInfo;e;",
          R"({"ToolProviderManageInfo":{"ProviderName":"T","ProviderVendorName":"",)"
-         R"("ProviderVersion":"","ToolInfo":[]}})"},
+         R"("ProviderVersion":"","ToolInfo":[{"VendorName":"W","ExtendedInfo":"e",)"
+         R"("LinkAppInfo":[],"ModuleInfo":[]}]}})"},
         // The first device lacks DeviceId: the search takes the second device's.
         {provider +
              "string;VendorName;A;string;UniqueName;first;class[];LinkAppInfo;;class[];ModuleInfo;;"
@@ -93,11 +81,8 @@ TEST(TextToObjectsTest, ProviderHeaderSearchesAndListEnds) {
                 R"("LinkAppInfo":[],"ModuleInfo":[]},{"VendorName":"B","UniqueName":"second",)"
                 R"("DeviceId":"PCIROOT-8086-10FB","LinkAppInfo":[],"ModuleInfo":[]}]}})"},
         // No module header anywhere: the device list ends after the first device.
-        {"class;DevProviderManageInfo;;string;ProviderName;P;class[];DeviceInfo;;"
-         "string;VendorName;A;string;VendorName;B;",
-         R"({"DevProviderManageInfo":{"ProviderName":"P","ProviderVendorName":"",)"
-         R"("ProviderVersion":"","DeviceInfo":[{"VendorName":"A","LinkAppInfo":[],)"
-         R"("ModuleInfo":[]}]}})"},
+        {provider + "string;VendorName;A;string;VendorName;B;",
+         tree + R"([{"VendorName":"A","LinkAppInfo":[],"ModuleInfo":[]}]}})"},
         // Only the first linked application reaches the tree when a module list follows.
         {provider + "string;VendorName;A;class[];LinkAppInfo;;string;ApplicationName;X;"
                     "string;ApplicationName;Y;string;ExecutePath;/y;class[];ModuleInfo;;"

@@ -1,11 +1,13 @@
 // Realistic provider-management records for tests (tests/data/
 // sample-providers.json): three devices (Intel 82599ES, Broadcom BCM5719,
 // NVIDIA Tesla T4) with linked applications, modules, repository entries and
-// dependencies, and a tool provider with two tools.
+// dependencies, and a tool provider with two tools; the reply text that the
+// service writes for a provider.
 #ifndef QEL_TESTS_SUPPORT_SAMPLE_PROVIDERS_H
 #define QEL_TESTS_SUPPORT_SAMPLE_PROVIDERS_H
 
 #include "common/record_json.h"
+#include "provider_info/plain_text.h"
 #include "support/test_data.h"
 
 namespace qel_test {
@@ -23,13 +25,11 @@ inline CVelmora_ToolProviderManageInfo SampleToolProvider() {
     return SampleProviders().at("tool").get<CVelmora_ToolProviderManageInfo>();
 }
 
-inline CVelmora_DependencyInfo SampleDependency(const std::string& tag) {
-    CVelmora_DependencyInfo d =
-        SampleDevProvider().DeviceInfo[0].ModuleInfo[0].RepositoryInfo[0].DependencyInfoSelf[0];
-    d.ProviderName = "dep-provider-" + tag;
-    d.UniqueName = "dep-" + tag;
-    d.ModuleName = "dep-module-" + tag;
-    return d;
+template <class Info>
+std::string PlainText(const Info& info) {
+    std::string text;
+    qel::pm::WritePlainText(info, text);
+    return text;
 }
 
 }  // namespace qel_test
