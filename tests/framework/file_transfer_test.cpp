@@ -109,6 +109,9 @@ TEST_F(FileTransferTest, FailuresTellTheirStageAndErrnoLeakNothingAndRaiseNoSigp
     EXPECT_EQ(reused.RecvMessage(buffer, 8, 35), -1);  // no connection
     EXPECT_EQ(reused.LastErrno(), ENOTCONN);
     FakeSomService service(root, /*timeoutSeconds=*/1);
+    EXPECT_EQ(reused.SendMessage(kHeader), 35);
+    EXPECT_EQ(reused.RecvMessage(nullptr, 64, 35), -1);  // connected, but nowhere to put it
+    EXPECT_EQ(reused.LastErrno(), EINVAL);
     service.Push(Action::Fault(Action::kNeverAnswer));
     EXPECT_EQ(reused.SendMessage(kHeader), 35);
     EXPECT_EQ(reused.LastFailedStage(), Stage::kNone);

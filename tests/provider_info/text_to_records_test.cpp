@@ -38,7 +38,7 @@ TEST(TextToRecordsTest, RepliesReadBackWholeAndListsEndWhereTheNextFirstFieldIsM
             tools.ToolInfo[0].ModuleInfo[0].RepositoryInfo[0] = {};
     }
     // Device headers are optional; a device without its first field ends the
-    // list, a cut one is kept.
+    // list, a cut one is kept, also when the cut falls in its first field.
     const std::string device =
         "string;VendorName;N;string;UniqueName;U;string;DeviceId;PCIROOT-8086-10FB;"
         "string;HardwareVersion;01;string[];ExtendedInfo;a!#b;";
@@ -47,6 +47,7 @@ TEST(TextToRecordsTest, RepliesReadBackWholeAndListsEndWhereTheNextFirstFieldIsM
     const std::pair<std::string, std::size_t> cases[] = {{device + device, 2},
                                                          {device + device.substr(20) + device, 1},
                                                          {device + device.substr(0, 30), 2},
+                                                         {device + device.substr(0, 19), 2},
                                                          {pathNamed, 0}};
     for (const auto& c : cases)
         EXPECT_EQ(Read(c.first).DeviceInfo.size(), c.second) << c.first;
