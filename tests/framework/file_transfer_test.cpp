@@ -109,10 +109,11 @@ TEST_F(FileTransferTest, FailuresTellTheirStageAndErrnoLeakNothingAndRaiseNoSigp
     EXPECT_EQ(reused.RecvMessage(buffer, 8, 35), -1);  // no connection
     EXPECT_EQ(reused.LastErrno(), ENOTCONN);
     FakeSomService service(root, /*timeoutSeconds=*/1);
+    service.Push(Action::Answer(""));  // each connection takes the next action
+    service.Push(Action::Fault(Action::kNeverAnswer));
     EXPECT_EQ(reused.SendMessage(kHeader), 35);
     EXPECT_EQ(reused.RecvMessage(nullptr, 64, 35), -1);  // connected, but nowhere to put it
     EXPECT_EQ(reused.LastErrno(), EINVAL);
-    service.Push(Action::Fault(Action::kNeverAnswer));
     EXPECT_EQ(reused.SendMessage(kHeader), 35);
     EXPECT_EQ(reused.LastFailedStage(), Stage::kNone);
     EXPECT_EQ(reused.RecvMessage(buffer, 64, 35), -1);
