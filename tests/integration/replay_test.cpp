@@ -61,6 +61,11 @@ TEST(RecordingFormat, BytesSurviveAndPasswordsAreMasked) {
     EXPECT_EQ(out[0].milliseconds, 7);
     EXPECT_EQ(out[0].request, in.request);
     EXPECT_EQ(out[0].reply, in.reply);
+    in.outcome = rec::Outcome::kNotSent;  // a failure keeps its kind and its reason
+    in.reason = "connect: no such file";
+    const rec::Exchange failed =
+        rec::ParseRecording(rec::kVersionLine + ("\n" + rec::FormatExchange(in))).at(0);
+    EXPECT_TRUE(failed.outcome == rec::Outcome::kNotSent && failed.reason == in.reason);
 
     EXPECT_EQ(rec::MaskMessage(in.request),
               Message("string;ProxyPassword;********;string;A;\\ x;"));
