@@ -99,7 +99,7 @@ TEST(CodecTracesTest, EveryStepEntersAndLeavesUnderItsCodecsName) {
         TextBuffer empty(""), noKey("class[];UpdateModuleRegistInfo;;"),
             regist("string;AppKey;K;class[];UpdateModuleRegistInfo;;"),
             unsupported("class;S;;string[];ExtendedInfo;a!#b;"),
-            unknown("class[];ShareInfo;;class[];OtherInfo;;");
+            unknown("class[];ShareInfo;;class[];OtherInfo;;"), depot("class[];ShareInfo;;");
         IWbemClassObject obj;
         auto read = [](auto& codec, char* text, auto... records) {
             codec.toObject(text, records...);
@@ -115,6 +115,7 @@ TEST(CodecTracesTest, EveryStepEntersAndLeavesUnderItsCodecsName) {
         named.String2RegisterUpdateModule(regist.get(), obj);
         named.String2IWbem(unsupported.get(), obj);
         named.String2IWbem(nullptr, obj);
+        named.SetUpdateDepoInfo(depot.get(), &obj);
         named.SetUpdateDepoInfo(unknown.get(), &obj);  // drops the depot: never leaves
         read(lists, empty.get(), std::vector<CVELMORA_QelVersionInfo>());
         read(lists, empty.get(), std::vector<CVELMORA_UpdatePlans>());
@@ -143,6 +144,9 @@ TEST(CodecTracesTest, EveryStepEntersAndLeavesUnderItsCodecsName) {
           "[LEAVE] " + sections,
           "[ENTER] " + sections,
           "som " + sections + " parameter is NULL",
+          "[ENTER] " + set + "DepoInfo(char*, IWbemClassObject*)",
+          set + "ShareInfo(char*, " + objects + "*)",
+          "[LEAVE] " + set + "DepoInfo(char*, IWbemClassObject*)",
           "[ENTER] " + set + "DepoInfo(char*, IWbemClassObject*)",
           set + "ShareInfo(char*, " + objects + "*)",
           list + "QelVersionInfo, std::allocator<CVELMORA_QelVersionInfo> >&)",
