@@ -1,6 +1,5 @@
 #include "plain_text.h"
 
-#include "IWbemClassObject.h"
 #include "QelItemText.h"
 #include "plain_layout.h"
 #include "provider_fields.h"
@@ -35,16 +34,16 @@ class PlainWriter {
         const Record& record;
 
         void String(const char* name, std::string Record::*field) {
-            w.receiver_.SetString(w.out_, name, record.*field);
+            item::AppendStringItem(w.out_, name, record.*field);
         }
         void Int(const char* name, int Record::*field) {
-            w.receiver_.SetInt(w.out_, name, record.*field);
+            item::AppendIntItem(w.out_, name, record.*field);
         }
         void Bool(const char* name, bool Record::*field) {
-            w.receiver_.SetBool(w.out_, name, record.*field);
+            item::AppendBoolItem(w.out_, name, record.*field);
         }
         void Array(const char* name, std::vector<std::string> Record::*field) {
-            w.receiver_.SetStringArray(w.out_, name, record.*field);
+            item::AppendStringArrayItem(w.out_, name, record.*field);
         }
         // Every list is announced even when empty, so that the forward-
         // searching reader never runs into the next element's list.
@@ -77,7 +76,6 @@ class PlainWriter {
     }
 
     std::string& out_;
-    IWbemClassObject receiver_;                    // receiver of the item writers
     std::size_t headersFrom_ = std::string::npos;  // start of the last run of headers
     std::size_t headersEnd_ = std::string::npos;   // end of that run
 };
